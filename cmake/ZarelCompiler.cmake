@@ -1,0 +1,36 @@
+# Flags that every target of the project shares; they reach targets through zarel_flags.
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "" FORCE)
+endif()
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_C_VISIBILITY_PRESET hidden)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+find_program(ZAREL_CCACHE ccache)
+if(ZAREL_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_C_COMPILER_LAUNCHER ${ZAREL_CCACHE})
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${ZAREL_CCACHE})
+endif()
+
+add_library(zarel_flags INTERFACE)
+target_compile_options(zarel_flags INTERFACE
+  -Wall -Wextra -Wshadow -Wpedantic -Wno-long-long
+  $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Wno-overloaded-virtual>
+  # Source locations in exceptions are paths as they stand in the repository.
+  -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=
+  $<$<BOOL:${ZAREL_WERROR}>:-Werror>)
+if(ZAREL_SANITIZE)
+  target_compile_options(zarel_flags INTERFACE -fsanitize=${ZAREL_SANITIZE}
+    -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
+  target_link_options(zarel_flags INTERFACE -fsanitize=${ZAREL_SANITIZE})
+endif()
+if(ZAREL_COVERAGE)
+  target_compile_options(zarel_flags INTERFACE --coverage -fprofile-update=atomic)
+  target_link_options(zarel_flags INTERFACE --coverage)
+endif()
