@@ -1,0 +1,42 @@
+#!/usr/bin/env python3
+"""Checks what a shared library exports: tools/check_exports.py libzarel.so
+
+Every exported symbol belongs to the library: a C family by its prefix, or a C++ name of ours.
+Symbols of the standard library or of a private namespace must stay hidden.
+"""
+
+import re
+import subprocess
+import sys
+
+C_FAMILIES = re.compile(r"^(ITF_|zarel|BF_|CBF_|LM_|LIS_|LTE_|hash|MSG_|Msg_|is_|switch_|set(Err|Msg|Warn)Aff|"
+                        r"Erreur|Warning|fct_Trace|cTimeManager|Swap|AddFile|RemFile|IsFile|TPrintStr|"
+                        r"getGlobal|ReleaseGlobal|SetXternal|BegFunc|EndFunc|F_Chunks|GlobalCallstack)")
+HIDDEN = re.compile(r"^(std::|typeinfo (name )?for std::|vtable for std::|testing::|nlohmann::|CLI::|"
+                    r".*\b(detail|internal|\(anonymous namespace\))::)")
+# The standard library's templates over our types and over plain types are weak and harmless.
+WEAK = {"W", "V", "u"}
+
+
+def exported(library):
+    out = subprocess.run(["nm", "-D", "--defined-only", "-C", library], check=True,
+                         stdout=subprocess.PIPE, text=True).stdout
+    for line in out.splitlines():
+        _, kind, name = line.split(maxsplit=2)
+        yield kind, name
+
+
+def foreign(kind, name):
+    if HIDDEN.match(name):
+        return kind not in WEAK
+    return not (C_FAMILIES.match(name) or "::" in name or "(" in name)
+
+
+def main():
+    wrong = sorted(name for kind, name in exported(sys.argv[1]) if foreign(kind, name))
+    print("\n".join(f"exported but not ours: {name}" for name in wrong) or "all exports are ours")
+    return 1 if wrong else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
