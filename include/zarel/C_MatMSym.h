@@ -96,6 +96,8 @@ public:
   }
   /** Takes over order, side and values. Returns 0, or -1 after a trace at each level. */
   int Copy(C_MatMSym& source);
+  /** Becomes `n` by `n` of that side; values are not kept. Throws 2, 1001, 2880. */
+  void Shape(int n, int side) { sizeTo(n, side); }
   int Copy(const C_MatMSym& source) { return Copy(const_cast<C_MatMSym&>(source)); }
 
 private:
