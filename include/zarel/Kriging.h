@@ -177,7 +177,7 @@ public:
   virtual int GetDropToler(double& value) const;
 
   /// Yields (n + 1)(n + 2)/2, the terms of the full quadratic, whatever the trend is.
-  virtual int GetOptNumSamp(int& value);
+  virtual int GetOptNumSamp(int& value) const;
   /**
    * Sets m to what `GetOptNumSamp` yields; if that differs from m, both set flags are cleared.
    * @return 1 if `GetOptNumSamp` yields less than 1.
@@ -404,9 +404,9 @@ public:
   virtual int GetPolyCoeff(Matrix& value);
   virtual int GetNumKern(int& value) const;
   /// Rows of the correlation coefficients.
-  virtual int GetNumCorrCoef(int& value);
+  virtual int GetNumCorrCoef(int& value) const;
   /// Rows of the trend coefficients, p.
-  virtual int GetNumPolyCoeff(int& value);
+  virtual int GetNumPolyCoeff(int& value) const;
   /// Sets value to 1. @return 1 unless the model is solved and 0 <= index <= q.
   virtual int GetProcVarnc(double& value, int index) const;
   /// Fitting criterion by output. @return 1 unless the model is solved.
@@ -440,7 +440,7 @@ public:
   /// @return true if a sample lies within 1e-7 (unscaled) of the row of X.
   virtual bool IsInputPoint(Matrix& X, int row);
   /// @return how many test points have a relative error.
-  virtual int GetTestRelativeErrorDim();
+  virtual int GetTestRelativeErrorDim() const;
   /// @return the relative error of a test point; the index is not checked.
   virtual double TestRelativeError(int i);
 
@@ -470,7 +470,7 @@ public:
   /// E relative to the values M, output by output: out (N x q).
   virtual int GetRelativePredictorError(Matrix& M, RealMatrix& E, RealMatrix& out);
   /// @return true as long as the factors that predictor errors need are not there.
-  virtual bool ISSolveRequired();
+  virtual bool ISSolveRequired() const;
   /// Variance of each column of X. @return 1 if X has more columns than rows.
   virtual int DiagOfCovarMtx(Matrix& X, RealVec& variances);
 
@@ -573,19 +573,45 @@ protected:
   /// @return ready if samples and sizes are complete, incomplete otherwise.
   int CheckInputState() const;
   /// @return whether both sample matrices have the shapes that NumSamp, NumVar and NumSol say.
-  bool SamplesFit();
+  bool SamplesFit() const;
   /// @return whether KernVec has NumKern values and NumKern is 1 or n, so that it may be read.
-  bool KernelFits();
+  bool KernelFits() const;
   /// @return whether the group sizes are there, none negative, and sum to q.
   bool GroupsFit() const;
+  /// @return whether the scaling vectors that ScalingType asks for fit that many columns.
+  bool ScalingFits(int inputs, int outputs) const;
   /// @return whether a prediction may read samples, kernel, scaling and coefficients.
-  bool CoefficientsFit();
+  bool CoefficientsFit() const;
   /// @return whether a fit was asked to stop.
   bool stopped() const { return StopRequested.load(std::memory_order_relaxed) != 0; }
+  /// Takes a solved model back to ready.
+  void demote();
+  /// Sets the number of multipliers as the kernel's variable type says.
+  void setNumKern();
 
   int ComputeOutputRanges();
   int UpdateOutputRanges(Matrix& Y);
   int UpdateOutputGlobalRange(Matrix& Y);
+  int collectGlobalRange(RealVec& value) const;
+
+  // ----- copying and files ----------------------------------------------------------------------
+
+  int takeFields(Kriging& source);
+  int takeSamples(Kriging& source);
+  int takeKernel(Kriging& source);
+  int takeScaling(Kriging& source);
+  int takeCoefficients(Kriging& source);
+  int writeFields(FILE* file);
+  int readFields(FILE* file);
+  int readSamples(FILE* file);
+  int readGroups(FILE* file);
+  int readKernel(FILE* file);
+  int readScaling(FILE* file);
+  int readCoefficients(FILE* file);
+  /// Sets the number of multipliers for a restored kernel. @return 1 if KernVec has another length.
+  int adoptKernel();
+  /// Makes the restored fields the model's: sizes, flags and ranges. @return 1 if ranges fail.
+  int adoptRestored();
 
   // ----- fit, prediction and their steps --------------------------------------------------------
   // (declared here by Kriging's fit; nothing above this line is touched by it)
