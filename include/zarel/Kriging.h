@@ -576,8 +576,9 @@ protected:
   bool SamplesFit() const;
   /// @return whether KernVec has NumKern values and NumKern is 1 or n, so that it may be read.
   bool KernelFits() const;
-  /// @return whether the group sizes are there, none negative, and sum to q.
-  bool GroupsFit() const;
+  /// @return whether the group sizes are there, none negative, and sum to that number of outputs.
+  bool GroupsFit(int outputs) const;
+  bool GroupsFit() const { return GroupsFit(NumSol); }
   /// @return whether the scaling vectors that ScalingType asks for fit that many columns.
   bool ScalingFits(int inputs, int outputs) const;
   /// @return whether a prediction may read samples, kernel, scaling and coefficients.

@@ -238,6 +238,18 @@ protected:
                          bool& found, double t);
   /// @return whether test points i and j are closer than the square root of t.
   bool IsCloseToExistingPoint(int i, int j, double& t);
+
+private:
+  int copyModels(KrigingList& source, std::vector<int> const& ids);
+  void makeModels(int count);
+  int adoptSize(Kriging<T>& model, int i);
+  int joinOutSamples(Matrix& Y);
+  int readModels(FILE* file);
+  int evalModels(Matrix& X, Matrix& Y, int wanted, Matrix& newPoints, double& maxRelErr,
+                 bool useTest);
+  int chooseNewPoints(int& numNew, Matrix& newPoints);
+  int collectErrors(RealVec& errors);
+  bool mayBeChosen(int i, int const* ids, int numNew, double t);
 };
 
 extern template class KrigingList<double>;

@@ -99,14 +99,14 @@ bool Kriging<T>::KernelFits() const {
 }
 
 template <class T>
-bool Kriging<T>::GroupsFit() const {
+bool Kriging<T>::GroupsFit(int outputs) const {
   if (!VecGlobalSol || NumGlobalSol < 1) return false;
   long long sum = 0;
   for (int g = 0; g < NumGlobalSol; ++g) {
     if (VecGlobalSol[g] < 0) return false;
     sum += VecGlobalSol[g];
   }
-  return sum == NumSol;
+  return sum == outputs;
 }
 
 template <class T>
