@@ -124,7 +124,7 @@ Failure asFailure(const std::exception_ptr& thrown) {
 
 int report(Globals& globals, const Failure& failure) {
   globals.console.error(failure);
-  if (!globals.json) return static_cast<int>(failure.code);
+  if (!globals.json || globals.documentStarted) return static_cast<int>(failure.code);
   try {
     Json document = newReport("");
     document["error"] = errorReport(failure);
@@ -140,11 +140,9 @@ void parseAndRun(Globals& globals, int argc, char** argv) {
   root.require_subcommand(1);
   root.fallthrough();
   addGlobals(root, globals);
-#ifdef ZAREL_APP_MODEL
   addFit(root, globals);
   addPredict(root, globals);
   addInfo(root, globals);
-#endif
 #ifdef ZAREL_APP_REFINE
   addRefine(root, globals);
 #endif

@@ -25,6 +25,8 @@ struct Globals {
   bool force = false; ///< files may be overwritten
   bool seedGiven = false;
   std::uint64_t seed = 1;
+  /** The JSON document is being written by the command, which ends it also when it fails. */
+  bool documentStarted = false;
   Console console;
   std::vector<std::string> arguments; ///< the command line as given, for hints on how to go on
   /** The chosen command. A command's CLI11 callback stores it; it runs after all is parsed. */

@@ -52,10 +52,20 @@ public:
   double bytesTotal() const { return static_cast<double>(size_); }
 
 private:
+  /** A field as offsets from begin_, since the buffer moves when it is refilled. */
+  struct Span {
+    std::size_t from, to;
+  };
+
   bool nextRecord();
   bool findLine(std::size_t& length);
   void splitPlain(char* line, std::size_t length);
-  void splitQuoted(std::size_t firstLine);
+  void splitQuoted();
+  bool has(std::size_t i);
+  char& at(std::size_t i) { return buffer_[begin_ + i]; }
+  bool endsRecord(std::size_t i);
+  Span plainField(std::size_t& i);
+  Span quotedField(std::size_t& i);
   bool refill();
   void compact();
   void readHeader();
@@ -77,6 +87,7 @@ private:
   bool pending_ = false; ///< the first record is data and was not handed out yet
   std::vector<std::string> names_;
   std::vector<std::string_view> fields_;
+  std::vector<Span> spans_;
   long long row_ = 0;
   long long recordLine_ = 0; ///< line at which the present record begins
   long long nextLine_ = 1;

@@ -215,7 +215,7 @@ bool CsvReader::nextRecord() {
   if (delimiter_ == 0) detectDelimiter(line(length));
   fields_.clear();
   if (std::memchr(buffer_.data() + begin_, '"', length)) {
-    splitQuoted(length);
+    splitQuoted();
     return true;
   }
   splitPlain(buffer_.data() + begin_, length);
@@ -237,51 +237,57 @@ void CsvReader::splitPlain(char* start, std::size_t length) {
   fields_.emplace_back(from, static_cast<std::size_t>(stop - from));
 }
 
-/**
- * Splits a record that holds quotes and may go over several lines. Quoted fields are unquoted
- * where they stand, which only makes them shorter.
- */
-void CsvReader::splitQuoted(std::size_t length) {
-  struct Span {
-    std::size_t from, to; // offsets from begin_, since the buffer moves when it is refilled
-  };
-  std::vector<Span> spans;
-  const auto at = [this](std::size_t i) -> char& { return buffer_[begin_ + i]; };
-  const auto has = [this](std::size_t i) {
-    while (begin_ + i >= end_) {
-      if (!refill()) return false;
-    }
-    return true;
-  };
-  (void)length;
-  std::size_t i = 0;
-  for (bool more = true; more;) {
-    Span span{i, i};
-    if (has(i) && at(i) == '"') {
-      span = {i + 1, i + 1};
-      for (++i;; ++i) {
-        if (!has(i)) fail("a quote that is never closed", "double a quote inside a quoted field");
-        if (at(i) == '"' && !(has(i + 1) && at(i + 1) == '"')) break;
-        if (at(i) == '"') ++i;
-        if (at(i) == '\n') ++nextLine_;
-        at(span.to++) = at(i);
-      }
-      ++i;
-      if (has(i) && at(i) == '\r' && (!has(i + 1) || at(i + 1) == '\n')) ++i;
-      if (has(i) && at(i) != delimiter_ && at(i) != '\n')
-        fail("text after a closing quote", "double a quote inside a quoted field");
-    } else {
-      while (has(i) && at(i) != delimiter_ && at(i) != '\n')
-        ++i;
-      span.to = i;
-      if ((!has(i) || at(i) == '\n') && i > span.from && at(i - 1) == '\r') --span.to;
-    }
-    spans.push_back(span);
-    more = has(i) && at(i) == delimiter_;
+/** True if the record goes on at least up to byte `i`, which is read if need be. */
+bool CsvReader::has(std::size_t i) {
+  while (begin_ + i >= end_) {
+    if (!refill()) return false;
+  }
+  return true;
+}
+
+bool CsvReader::endsRecord(std::size_t i) {
+  return !has(i) || at(i) == '\n';
+}
+
+/** A field without quotes at its start; leaves `i` behind it. */
+CsvReader::Span CsvReader::plainField(std::size_t& i) {
+  Span span{i, i};
+  while (!endsRecord(i) && at(i) != delimiter_)
     ++i;
+  span.to = i;
+  if (endsRecord(i) && i > span.from && at(i - 1) == '\r') --span.to;
+  return span;
+}
+
+/** A quoted field, unquoted where it stands, which only makes it shorter. */
+CsvReader::Span CsvReader::quotedField(std::size_t& i) {
+  const char* hint = "double a quote inside a quoted field";
+  Span span{i + 1, i + 1};
+  for (++i;; ++i) {
+    if (!has(i)) fail("a quote that is never closed", hint);
+    if (at(i) == '"') {
+      if (!has(i + 1) || at(i + 1) != '"') break;
+      ++i;
+    }
+    if (at(i) == '\n') ++nextLine_;
+    at(span.to++) = at(i);
+  }
+  ++i;
+  if (has(i) && at(i) == '\r' && endsRecord(i + 1)) ++i;
+  if (!endsRecord(i) && at(i) != delimiter_) fail("text after a closing quote", hint);
+  return span;
+}
+
+/** Splits a record that holds quotes and may go over several lines. */
+void CsvReader::splitQuoted() {
+  spans_.clear();
+  std::size_t i = 0;
+  for (bool more = true; more; ++i) {
+    spans_.push_back(has(i) && at(i) == '"' ? quotedField(i) : plainField(i));
+    more = !endsRecord(i);
   }
   ++nextLine_;
-  for (const auto& span : spans)
+  for (const auto& span : spans_)
     fields_.emplace_back(buffer_.data() + begin_ + span.from, span.to - span.from);
   begin_ = std::min(end_, begin_ + i);
 }

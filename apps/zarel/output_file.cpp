@@ -1,6 +1,7 @@
 #include "output_file.h"
 
 #include "failure.h"
+#include "standard_streams.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -64,7 +65,7 @@ void checkOverwrite(const std::string& path, bool force) {
 OutputFile::OutputFile(std::string path, bool force) : path_(std::move(path)), force_(force) {
   if (isStandardOutput()) {
     inPlace_ = true;
-    fd_ = STDOUT_FILENO;
+    fd_ = dataDescriptor();
     return;
   }
   checkOverwrite(path_, force_);
@@ -121,31 +122,6 @@ void OutputFile::write(std::string_view bytes) {
     }
     bytes.remove_prefix(static_cast<std::size_t>(written));
   }
-}
-
-int OutputFile::withStream(const std::function<int(std::FILE*)>& function) {
-  check();
-  const int copy = fcntl(fd_, F_DUPFD_CLOEXEC, 0);
-  std::FILE* stream = copy < 0 ? nullptr : fdopen(copy, "wb");
-  if (!stream) {
-    const int error = errno;
-    if (copy >= 0) close(copy);
-    fail(error);
-  }
-  errno = 0;
-  int result = 1;
-  try {
-    result = function(stream);
-  } catch (...) {
-    fclose(stream);
-    throw;
-  }
-  // The stream keeps a failed write in its error flag; errno may have been overwritten since.
-  int error = std::ferror(stream) ? (errno != 0 ? errno : EIO) : 0;
-  if (std::fflush(stream) != 0 && error == 0) error = errno;
-  if (std::fclose(stream) != 0 && error == 0) error = errno;
-  if (error != 0) fail(error);
-  return result;
 }
 
 void OutputFile::commit() {

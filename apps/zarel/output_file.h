@@ -6,8 +6,6 @@
 #ifndef ZAREL_APP_OUTPUT_FILE_H
 #define ZAREL_APP_OUTPUT_FILE_H
 
-#include <cstdio>
-#include <functional>
 #include <string>
 #include <string_view>
 
@@ -38,12 +36,6 @@ public:
 
   /** Writes all of it, or throws. */
   void write(std::string_view bytes);
-
-  /**
-   * Lends a FILE stream on the file to a function that returns 0 for success, as the library's
-   * `Write` does, and flushes it. Returns the function's result; a failed write throws.
-   */
-  int withStream(const std::function<int(std::FILE*)>& function);
 
   /** Syncs, closes and gives the file its name. */
   void commit();
