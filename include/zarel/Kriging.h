@@ -74,6 +74,12 @@ namespace Zarel {
 /// Buffers that a fit and a prediction keep between calls; private to the library.
 template <class T>
 struct KrigingWorkspace;
+/// Standard errors of a block of points; private to the library.
+template <class T>
+class PredictorError;
+/// State of the pattern search; private to the library.
+struct KernSearch;
+class CorrelationFactor;
 } // namespace Zarel
 
 /**
@@ -117,6 +123,7 @@ public:
   using ScalarVec = C_VecPi<T, int, C_PtrInCore<T, int>>;
   using RealMatrix = C_MatMGe<double>;
   using Matrix = C_MatMGe<T>;
+  using IndexVec = C_VecPi<int, int, C_PtrInCore<int, int>>;
 
   /// A model with the default configuration, no sizes and no samples.
   Kriging();
@@ -423,7 +430,7 @@ public:
 
   /**
    * Chooses the rows of X that lie farther than `toler` from all samples and from each other.
-   * @param accepted the chosen rows; untouched if there is none.
+   * @param accepted the chosen rows; emptied if there is none.
    * @param ids      their row numbers; if null it is allocated with one entry for each row of X,
    * and is the caller's to free with `delete[]`.
    * @return 1 if X has fewer columns than the samples.
@@ -615,7 +622,81 @@ protected:
   int adoptRestored();
 
   // ----- fit, prediction and their steps --------------------------------------------------------
-  // (declared here by Kriging's fit; nothing above this line is touched by it)
+  // Scaling. The scaling vectors must have an entry for each column.
+  int ComputeColScaling(ScalarVec& column, double& scale, T& intercept);
+  int ComputeInpScaling(Matrix& X, RealVec& scale, ScalarVec& intercept);
+  int ComputeOutScaling(Matrix& Y, RealVec& scale, ScalarVec& intercept);
+  /// Scaled copies of the samples for one fit.
+  int ScaleSampleData(Matrix& Xs, Matrix& Ys);
+  /// Points in the scaling of the last fit.
+  int ScalePoints(Matrix& X, Matrix& scaled);
+  /// Predictions in the units of the outputs.
+  int ScaleBack(Matrix& Y);
+
+  // Ingredients.
+  /// Fills the terms of a known trend, from firstRow on.
+  void FillTrend(int type, Matrix& X, Matrix& F, int firstRow);
+  /// Runs over the rows of X: column(j) receives the correlations of row j with the rows from j on.
+  template <class Column>
+  int CorrelateRows(Matrix& X, Column column);
+  /// Correlation matrix with its diagonal increment and without its small entries.
+  int FillCorrelationFactor(Zarel::CorrelationFactor& factor, Matrix& X);
+  /// Correlations C of scaled points with scaled samples, from column firstSample on.
+  int CorrelatePoints(Matrix& points, Matrix& samples, RealMatrix& C, int firstSample);
+
+  // Fit at one kernel.
+  int SolveForKernel();
+  /// The same; with keepModel false only the criterion is computed, and the coefficients, factors
+  /// and variances of an earlier fit stay.
+  int FitAtKernel(bool keepModel);
+  int PrepareSamples(Zarel::KrigingWorkspace<T>& work);
+  int PrepareTrend(Zarel::KrigingWorkspace<T>& work);
+  /// Computes KernVec by the start rule if it is pending or does not fit; done tells whether.
+  int StartKernelIfDue(Matrix& Xs, bool& done);
+  /// The start rule: the inverse of the mean variance, or of each variable's.
+  int EvalStartKernel(Matrix& Xs, RealVec& start);
+  int SolveRegression(Zarel::KrigingWorkspace<T>& work, bool keepModel);
+  void WhitenSystem(Zarel::KrigingWorkspace<T>& work);
+  int SolveLeastSquares(Zarel::KrigingWorkspace<T>& work);
+  double SumOfVariances(Zarel::KrigingWorkspace<T>& work, double* each);
+  void KeepTrendFactors(Zarel::KrigingWorkspace<T>& work);
+  void SetErrorMeasures(Zarel::KrigingWorkspace<T>& work);
+  void KeepCoefficients(Zarel::KrigingWorkspace<T>& work);
+
+  // Search for the kernel.
+  int OptimizeKernVec();
+  int KernStartForSearch(Matrix& Xs, RealVec& start);
+  void SetKernBounds(RealVec& start, RealMatrix& bounds);
+  int KernPatternSearch(Zarel::KernSearch& search);
+  int KernSearchStart(Zarel::KernSearch& search);
+  int KernSearchExplore(Zarel::KernSearch& search);
+  int KernSearchMove(Zarel::KernSearch& search, RealVec& before);
+  void KernSearchRotate(Zarel::KernSearch& search);
+  int EvalKernel(RealVec& trial, double& value);
+  int TryKernel(Zarel::KernSearch& search, RealVec& best, RealVec& trial, bool& better);
+
+  // Prediction.
+  int SolveIfReady();
+  /// Fits again if the internal factors are missing; a failure shows where they are needed.
+  void RefitIfRequired();
+  int PredictPoints(Matrix& X, Matrix& Y, RealMatrix* E);
+  int PredictTestPoints(Matrix& Y, RealMatrix* E);
+  void AddTrend(int rows, const T* points, int ldp, Matrix& trend, T* values, int ldv);
+  int UpdateTestCorrelations(Matrix& points);
+  int UpdateTestTrend(Matrix& points);
+  int SetUpPredictorError(Zarel::PredictorError<T>& errors, int points, int samples, int terms);
+
+  // Quality and new points.
+  double MaxAbsOfMatrix(RealMatrix& M);
+  void RowMaxOfMatrix(RealMatrix& M, RealVec& out);
+  bool IsPointsAndValues(Matrix& X, Matrix& Y);
+  int ProposePoints(Matrix& points, Matrix& Y, RealMatrix& E, int& numNew, Matrix& newPoints,
+                    double& maxRelErr);
+  int SelectLargestErrors(Matrix& points, RealVec& errors, int& k, IndexVec& ids, RealVec& values);
+  bool IsFarFromRows(Matrix& X, int row, Matrix& others, int count, double limit, double& distance);
+
+  /// What a fit keeps between its trials; there is one only while a fit runs.
+  std::unique_ptr<Zarel::KrigingWorkspace<T>> workspace;
 
   // ----- end of fit and prediction --------------------------------------------------------------
 
@@ -627,9 +708,6 @@ private:
     value = static_cast<E>(raw);
     return result;
   }
-
-  /// Buffers of the fit and of predictions, kept between calls; see src/kriging.
-  std::unique_ptr<Zarel::KrigingWorkspace<T>> workspace;
 };
 
 extern template class Kriging<double>;

@@ -1,0 +1,3 @@
+#include "kriging/CorrelationKernelsBody.h"
+
+const Zarel::CorrelationKernelSet Zarel::correlationKernelsAvx2 = kernelSet;

@@ -1,0 +1,3 @@
+#include "kriging/CorrelationKernelsBody.h"
+
+const Zarel::CorrelationKernelSet Zarel::correlationKernelsAvx512 = kernelSet;
