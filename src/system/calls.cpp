@@ -1,0 +1,51 @@
+#include "system/calls.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
+
+static_assert(sizeof(off_t) == 8, "file positions have 64 bits");
+
+namespace Zarel {
+
+namespace {
+
+int openFile(const char* path, int flags, mode_t mode) {
+  return ::open(path, flags, mode);
+}
+
+// Calls `transfer(offset, bytes left)` until all is done, nothing more comes or an error shows.
+template <class Transfer>
+size_t repeat(size_t bytes, Transfer transfer) {
+  size_t done = 0;
+  while (done < bytes) {
+    const ssize_t moved = transfer(done, bytes - done);
+    if (moved < 0 && errno == EINTR) continue;
+    if (moved <= 0) break;
+    done += static_cast<size_t>(moved);
+  }
+  return done;
+}
+
+} // namespace
+
+SystemCalls& systemCalls() {
+  static SystemCalls calls = {openFile, ::read, ::write, ::lseek};
+  return calls;
+}
+
+size_t readFully(int fd, void* buffer, size_t bytes) {
+  const auto into = static_cast<char*>(buffer);
+  return repeat(bytes, [=](size_t offset, size_t left) {
+    return systemCalls().read(fd, into + offset, left);
+  });
+}
+
+size_t writeFully(int fd, const void* buffer, size_t bytes) {
+  const auto from = static_cast<const char*>(buffer);
+  return repeat(bytes, [=](size_t offset, size_t left) {
+    return systemCalls().write(fd, from + offset, left);
+  });
+}
+
+} // namespace Zarel
