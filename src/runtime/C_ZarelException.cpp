@@ -63,10 +63,8 @@ void C_ZarelException::TakeReasonFromErrno() {
 void C_ZarelException::setExceptionCode(E_MessageCode_t code, ...) {
   _exceptionCode = code;
   setMessageCode(code);
-  std::va_list args;
-  va_start(args, code);
-  _exceptionMessage = MessageToolAccess::lookUpOrFailure(getKey(), code, cursorOn(&args));
-  va_end(args);
+  ZAREL_WITH_ARGS(code, _exceptionMessage =
+                            MessageToolAccess::lookUpOrFailure(getKey(), code, cursorOn(&args)));
 }
 
 void C_ZarelException::setExceptionCode(E_MessageCode_t code, E_MessageCode_t reason) {
@@ -79,19 +77,14 @@ void C_ZarelException::setReasonCode(E_MessageCode_t reason) {
 }
 
 void C_ZarelException::setReason(const char* format, ...) {
-  std::va_list args;
-  va_start(args, format);
-  _reasonMessage = formatted1024(format, args);
-  va_end(args);
+  ZAREL_WITH_ARGS(format, _reasonMessage = formatted1024(format, args));
 }
 
 void C_ZarelException::setReason(E_MessageCode_t reason, ...) {
   TakeReason(reason);
   if (reason == MessageCode::E_ReasonInErrno) return;
-  std::va_list args;
-  va_start(args, reason);
-  _reasonMessage = MessageToolAccess::lookUpOrFailure(getKey(), reason, cursorOn(&args));
-  va_end(args);
+  ZAREL_WITH_ARGS(reason, _reasonMessage = MessageToolAccess::lookUpOrFailure(getKey(), reason,
+                                                                              cursorOn(&args)));
 }
 
 E_MessageCode_t C_ZarelException::getExceptionCode() const {

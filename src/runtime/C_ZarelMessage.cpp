@@ -6,15 +6,6 @@
 #include "runtime/format.h"
 #include "runtime/keys.h"
 
-// Runs `body` with `args` at the arguments behind `last`.
-#define ZAREL_WITH_ARGS(last, body)                                                                \
-  do {                                                                                             \
-    std::va_list args;                                                                             \
-    va_start(args, last);                                                                          \
-    body;                                                                                          \
-    va_end(args);                                                                                  \
-  } while (false)
-
 namespace Zarel {
 
 namespace {

@@ -182,14 +182,6 @@ int C_MessageTool::HandleMessage(E_MessageCode_t code, E_MessageType_enum type,
   return HandleMessage(numberedMessage(defaultKey, code, type, level));
 }
 
-// Runs `call` with `args` at the arguments behind `last` and returns what it gives.
-#define ZAREL_RETURN_WITH_ARGS(last, call)                                                         \
-  std::va_list args;                                                                               \
-  va_start(args, last);                                                                            \
-  const int result = call;                                                                         \
-  va_end(args);                                                                                    \
-  return result
-
 int C_MessageTool::HandleMessageArg(const std::string& key, const char* format,
                                     E_MessageType_enum type, E_VerbosityLevel_enum level, int scope,
                                     ...) {

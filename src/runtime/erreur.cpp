@@ -75,31 +75,24 @@ namespace Zarel {
 char* (*duplicateText)(const char* text) = nullptr;
 }
 
-#define ZAREL_RETURN_WITH_ARGS(type, last, call)                                                   \
-  std::va_list args;                                                                               \
-  va_start(args, last);                                                                            \
-  type const result = call;                                                                        \
-  va_end(args);                                                                                    \
-  return result
-
 int Erreur(const char* function, int line, const char* file, const char* format, ...) {
-  ZAREL_RETURN_WITH_ARGS(int, format, blame(E_MsgError, function, line, file, format, args));
+  ZAREL_RETURN_WITH_ARGS(format, blame(E_MsgError, function, line, file, format, args));
 }
 
 int Warning(const char* function, int line, const char* file, const char* format, ...) {
-  ZAREL_RETURN_WITH_ARGS(int, format, blame(E_MsgWarning, function, line, file, format, args));
+  ZAREL_RETURN_WITH_ARGS(format, blame(E_MsgWarning, function, line, file, format, args));
 }
 
 int Msg_public(const char* format, ...) {
-  ZAREL_RETURN_WITH_ARGS(int, format, say(0, 0, format, args));
+  ZAREL_RETURN_WITH_ARGS(format, say(0, 0, format, args));
 }
 
 int Msg_interne(const char* format, ...) {
-  ZAREL_RETURN_WITH_ARGS(int, format, say(3, 0, format, args));
+  ZAREL_RETURN_WITH_ARGS(format, say(3, 0, format, args));
 }
 
 int Msg_verbeux(int scope, const char* format, ...) {
-  ZAREL_RETURN_WITH_ARGS(int, format, say(3, scope, format, args));
+  ZAREL_RETURN_WITH_ARGS(format, say(3, scope, format, args));
 }
 
 int fct_Trace(const char* label, int line, const char* file) {
@@ -154,10 +147,10 @@ int switch_verbeux(int scope, int state) {
 }
 
 char* MSG_get(int id, ...) {
-  ZAREL_RETURN_WITH_ARGS(char*, id, composed(id, args));
+  ZAREL_RETURN_WITH_ARGS(id, composed(id, args));
 }
 char* MSG_get_default(int id, ...) {
-  ZAREL_RETURN_WITH_ARGS(char*, id, composed(id, args));
+  ZAREL_RETURN_WITH_ARGS(id, composed(id, args));
 }
 
 int MSG_load(const char*) {

@@ -22,4 +22,32 @@ std::string formattedAt(const char* format, char** args);
 
 } // namespace Zarel
 
+// Message numbers are enumerations of int, which pass through "..." as the int that they are; clang
+// warns of them all the same.
+#if defined(__clang__)
+#define ZAREL_VA_START(args, last)                                                                 \
+  _Pragma("clang diagnostic push") _Pragma("clang diagnostic ignored \"-Wvarargs\"")               \
+      va_start(args, last);                                                                        \
+  _Pragma("clang diagnostic pop")
+#else
+#define ZAREL_VA_START(args, last) va_start(args, last)
+#endif
+
+// Runs `body` with `args` at the arguments behind `last`.
+#define ZAREL_WITH_ARGS(last, body)                                                                \
+  do {                                                                                             \
+    std::va_list args;                                                                             \
+    ZAREL_VA_START(args, last);                                                                    \
+    body;                                                                                          \
+    va_end(args);                                                                                  \
+  } while (false)
+
+// Returns what `call`, with `args` at the arguments behind `last`, gives.
+#define ZAREL_RETURN_WITH_ARGS(last, call)                                                         \
+  std::va_list args;                                                                               \
+  ZAREL_VA_START(args, last);                                                                      \
+  const auto result = call;                                                                        \
+  va_end(args);                                                                                    \
+  return result
+
 #endif
