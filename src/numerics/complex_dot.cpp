@@ -2,6 +2,8 @@
 // structure of two numbers describes to C and C++ compilers alike.
 #include <zarel/itf.h>
 
+#include "numerics/keep_blas_core.h"
+
 namespace {
 struct DoubleComplex {
   double re, im;

@@ -83,6 +83,8 @@ BODIES_START = """\
 
 #include <zarel/itf.h>
 
+#include "numerics/keep_blas_core.h"
+
 """
 
 
@@ -138,7 +140,7 @@ def body(routine):
 
 def bodies(routines):
     return "\n".join([BODIES_START + 'extern "C" {', *map(foreign, routines), "", *map(body, routines),
-                      '}  // extern "C"', ""])
+                      '} // extern "C"', ""])
 
 
 def write(path, text):
