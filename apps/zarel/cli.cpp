@@ -1,6 +1,7 @@
 #include "cli.h"
 
 #include "interrupt.h"
+#include "library.h"
 #include "option_values.h"
 #include "report.h"
 #include "suggest.h"
@@ -34,7 +35,7 @@ void addGlobals(CLI::App& root, Globals& globals) {
       ->type_name("N")
       ->default_str("1");
   root.add_flag_callback(
-      "-V,--version", [] { throw CLI::CallForVersion(versionText(), 0); },
+      "-V,--version", [] { throw CLI::CallForVersion("", 0); },
       "Print the version and the BLAS in use");
   root.set_config("--config", "", "Options from a TOML file; a command's stand in its section");
   root.allow_config_extras(CLI::config_extras_mode::error);
@@ -86,10 +87,26 @@ Failure usageFailure(const CLI::App& root, const CLI::ParseError& error) {
   return {ExitCode::usage, error.what(), usageHint(root)};
 }
 
+void printVersion(const Globals& globals) {
+  if (!globals.json) {
+    printData(versionText());
+    return;
+  }
+  const BlasFacts blas = blasFacts();
+  Json document = newReport("version");
+  document["blas"] = {{"name", blas.name},
+                      {"version", blas.version},
+                      {"core", blas.core},
+                      {"initial_core", blas.initialCore},
+                      {"reselected", blas.reselected}};
+  printReport(document);
+}
+
 /** Help and version, which CLI11 reports by exceptions, on standard output. */
-bool printedInformation(const CLI::App& root, const CLI::ParseError& error) {
+bool printedInformation(const CLI::App& root, const Globals& globals,
+                        const CLI::ParseError& error) {
   if (dynamic_cast<const CLI::CallForVersion*>(&error)) {
-    printData(error.what());
+    printVersion(globals);
     return true;
   }
   if (error.get_exit_code() != 0) return false;
@@ -103,7 +120,7 @@ void parse(CLI::App& root, Globals& globals, int argc, char** argv) {
     root.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     globals.action = nullptr;
-    if (!printedInformation(root, error)) throw usageFailure(root, error);
+    if (!printedInformation(root, globals, error)) throw usageFailure(root, error);
   }
 }
 
@@ -113,6 +130,8 @@ Failure asFailure(const std::exception_ptr& thrown) {
     std::rethrow_exception(thrown);
   } catch (const Failure& failure) {
     return failure;
+  } catch (const C_ZarelException& error) {
+    return library::asFailure(error);
   } catch (const std::bad_alloc&) {
     return {ExitCode::failure, "out of memory", "fit fewer samples or fewer outputs at a time"};
   } catch (const std::exception& error) {
@@ -161,6 +180,7 @@ int run(int argc, char** argv) {
   globals.json = std::find(words.begin(), words.end(), "--json") != words.end();
   try {
     interrupt::install();
+    library::install();
     parseAndRun(globals, argc, argv);
     return static_cast<int>(ExitCode::done);
   } catch (...) {

@@ -1,6 +1,7 @@
 /**
  * @file library.h
- * What the library has to say about a failure, and how its messages reach the user.
+ * The library's hooks, as the program uses them: what it has to say about a failure, its messages,
+ * and the progress of a fit.
  */
 #ifndef ZAREL_APP_LIBRARY_H
 #define ZAREL_APP_LIBRARY_H
@@ -8,13 +9,20 @@
 #include "console.h"
 
 #include <string>
+#include <zarel/C_ZarelException.h>
 #include <zarel/Kriging.h>
 
 namespace app::library {
 
 /**
- * While this lives, what the library would show in its last-resort box, which is where its traces
- * of a failure end when no message tool is set up, is collected here instead.
+ * Sets the hooks: texts of last resort go to the living `Details` or nowhere, and messages end
+ * with a line feed. Call once, at the start.
+ */
+void install();
+
+/**
+ * While this lives, what the library would show in its box of last resort, which is where its
+ * traces of a failure end when no message tool is set up, is collected here.
  */
 class Details {
 public:
@@ -23,16 +31,23 @@ public:
   Details& operator=(const Details&) = delete;
   ~Details();
 
-  /** The first thing collected on one line, such as the source place of a failed read. */
-  std::string text() const;
+  /** The first trace, which is the one nearest to the failure, such as "read(), a.cpp line 7". */
+  const std::string& text() const { return text_; }
 
 private:
+  friend void collect(const char* title, const char* text);
+
   Details* former_;
   std::string text_;
-  friend void collect(const char* text);
 };
 
-/** A progress bar over the trial fits of one model; the library sends a message after each. */
+/** An exception of the library as a failure: its code, its reason and where it was thrown. */
+Failure asFailure(const C_ZarelException& thrown);
+
+/**
+ * A progress bar over the trial fits of one model: the library sends a message after each. Living
+ * ones must end in the reverse order of their start.
+ */
 class FitProgress {
 public:
   FitProgress(Console& console, const std::string& what, Kriging<double>& model);
@@ -41,7 +56,7 @@ public:
   ~FitProgress();
 
 private:
-  static int onMessage(int* code);
+  friend int countMessage(int* code);
 
   Progress progress_;
   double trials_ = 0;

@@ -179,10 +179,19 @@ Parts readFooter(std::FILE* stream, const std::string& path) {
   return parts;
 }
 
+/** 0 for a list that was read. The containers throw where the models answer 1. */
+int readResult(KrigingList<double>& list, std::FILE* stream) {
+  try {
+    return list.Read(stream);
+  } catch (const C_ZarelException&) {
+    return 1;
+  }
+}
+
 void readList(std::FILE* stream, const Parts& parts, KrigingList<double>& list,
               const std::string& path) {
   library::Details details;
-  if (list.Read(stream) != 0)
+  if (readResult(list, stream) != 0)
     refuse(path, "not a model file, or one that is cut short or damaged", details.text());
   const off_t end = lseek(fileno(stream), 0, SEEK_CUR);
   if (end >= 0 && static_cast<std::uint64_t>(end) != parts.list)

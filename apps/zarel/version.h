@@ -12,6 +12,16 @@ namespace app {
 /** "0.1.0". */
 std::string programVersion();
 
+/** The BLAS in the process; texts that it does not tell are empty. */
+struct BlasFacts {
+  std::string name;
+  std::string version;
+  std::string core;
+  std::string initialCore;
+  bool reselected = false;
+};
+BlasFacts blasFacts();
+
 /** The version, and the BLAS in use. */
 std::string versionText();
 
