@@ -1,0 +1,343 @@
+#include "charts.h"
+
+#include "axis.h"
+#include "number.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <functional>
+#include <limits>
+
+namespace app::refine {
+namespace {
+
+/// A number in an SVG attribute: tenths of a pixel are enough.
+std::string px(double value) {
+  return roundedText(std::round(10 * value) / 10, 7);
+}
+
+std::string text(double x, double y, const std::string& cls, const std::string& words) {
+  return "<text x=\"" + px(x) + "\" y=\"" + px(y) + "\" class=\"" + cls + "\"" + ">" +
+         xmlText(words) + "</text>\n";
+}
+
+std::string line(double x1, double y1, double x2, double y2, const std::string& cls) {
+  return "<line x1=\"" + px(x1) + "\" y1=\"" + px(y1) + "\" x2=\"" + px(x2) + "\" y2=\"" + px(y2) +
+         "\" class=\"" + cls + "\"/>\n";
+}
+
+std::string dot(double x, double y, double radius, const std::string& cls) {
+  return "<circle cx=\"" + px(x) + "\" cy=\"" + px(y) + "\" r=\"" + px(radius) + "\" class=\"" +
+         cls + "\"/>\n";
+}
+
+/// The plotting area of a chart with its two axes.
+struct Frame {
+  double left, top, width, height;
+  Axis xAxis, yAxis;
+
+  double x(double value) const { return left + width * xAxis.position(value); }
+  double y(double value) const { return top + height * (1 - yAxis.position(value)); }
+  double bottom() const { return top + height; }
+  double right() const { return left + width; }
+
+  std::string grid(const std::function<std::string(double)>& yText) const {
+    std::string out;
+    for (double tick : yAxis.ticks) {
+      out += line(left, y(tick), right(), y(tick), "grid");
+      out += text(left - 8, y(tick) + 4, "tick end", yText(tick));
+    }
+    for (double tick : xAxis.ticks) {
+      out += line(x(tick), bottom(), x(tick), bottom() + 4, "axis");
+      out += text(x(tick), bottom() + 18, "tick middle", tickText(tick));
+    }
+    return out + line(left, bottom(), right(), bottom(), "axis");
+  }
+};
+
+/// One line of the error chart.
+struct Series {
+  std::string label;
+  std::string cls;
+  std::vector<std::pair<double, double>> points; ///< samples, error
+  bool strong = true;
+};
+
+Series makeSeries(const std::vector<RoundRecord>& rounds, const std::string& label,
+                  const std::string& cls, bool strong,
+                  const std::function<double(const RoundRecord&)>& value) {
+  Series series{label, cls, {}, strong};
+  for (const RoundRecord& round : rounds) {
+    const double v = value(round);
+    if (std::isfinite(v) && v > 0) series.points.emplace_back(round.samples, v);
+  }
+  return series;
+}
+
+std::vector<Series> errorSeries(const std::vector<RoundRecord>& rounds) {
+  const auto validation = [](double Validation::*field) {
+    return [field](const RoundRecord& r) {
+      return r.validation ? (*r.validation).*field : std::nan("");
+    };
+  };
+  std::vector<Series> all{
+      makeSeries(rounds, "predicted, largest", "a", true,
+                 [](const RoundRecord& r) { return r.predictedError; }),
+      makeSeries(rounds, "predicted, typical", "a", false,
+                 [](const RoundRecord& r) { return r.predictedRms; }),
+      makeSeries(rounds, "validation, largest", "b", true, validation(&Validation::largestError)),
+      makeSeries(rounds, "validation, typical", "b", false, validation(&Validation::rmsError))};
+  all.erase(
+      std::remove_if(all.begin(), all.end(), [](const Series& s) { return s.points.empty(); }),
+      all.end());
+  return all;
+}
+
+std::string polyline(const Frame& frame, const Series& series) {
+  std::string out =
+      "<polyline class=\"line " + series.cls + (series.strong ? "" : " thin") + "\" points=\"";
+  for (const auto& [samples, error] : series.points)
+    out += px(frame.x(samples)) + ',' + px(frame.y(error)) + ' ';
+  out.back() = '"';
+  out += "/>\n";
+  for (const auto& [samples, error] : series.points)
+    out += dot(frame.x(samples), frame.y(error), series.strong ? 3.5 : 2.5,
+               "dot " + series.cls + (series.strong ? "" : " thin"));
+  return out;
+}
+
+/// Labels at the right end of each line, pushed apart where they would overlap.
+std::string endLabels(const Frame& frame, const std::vector<Series>& all) {
+  constexpr double spacing = 30;
+  std::vector<std::pair<double, const Series*>> labels;
+  for (const Series& series : all)
+    labels.emplace_back(frame.y(series.points.back().second), &series);
+  std::sort(labels.begin(), labels.end());
+  for (std::size_t i = 1; i < labels.size(); ++i)
+    labels[i].first = std::max(labels[i].first, labels[i - 1].first + spacing);
+  double limit = frame.bottom() - 12;
+  for (auto label = labels.rbegin(); label != labels.rend(); ++label) {
+    label->first = std::min(label->first, limit);
+    limit = label->first - spacing;
+  }
+  std::string out;
+  for (const auto& [y, series] : labels) {
+    out += text(frame.right() + 12, y, "label " + series->cls, series->label);
+    out += text(frame.right() + 12, y + 14, "tick", percentText(series->points.back().second));
+  }
+  return out;
+}
+
+std::pair<double, double> errorRange(const std::vector<Series>& all, double target) {
+  double low = std::numeric_limits<double>::infinity(), high = 0;
+  for (const Series& series : all)
+    for (const auto& point : series.points) {
+      low = std::min(low, point.second);
+      high = std::max(high, point.second);
+    }
+  if (target > 0 && high > 0 && target > low / 100) {
+    low = std::min(low, target);
+    high = std::max(high, target);
+  }
+  return high > 0 ? std::make_pair(low, high) : std::make_pair(0.01, 1.0);
+}
+
+/// The range of simulated and predicted values of an output, without the error bars.
+std::pair<double, double> valueRange(const Comparison& comparison, std::size_t output) {
+  double low = std::numeric_limits<double>::infinity(), high = -low;
+  for (const auto* rows : {&comparison.simulated, &comparison.predicted})
+    for (const Row& row : *rows)
+      if (std::isfinite(row[output])) {
+        low = std::min(low, row[output]);
+        high = std::max(high, row[output]);
+      }
+  return low <= high ? std::make_pair(low, high) : std::make_pair(0.0, 1.0);
+}
+
+std::string errorBar(const Frame& frame, double simulated, double predicted, double error) {
+  const double top = std::min(predicted + 2 * error, frame.yAxis.high);
+  const double bottom = std::max(predicted - 2 * error, frame.yAxis.low);
+  if (!std::isfinite(error) || !(top > bottom)) return {};
+  return line(frame.x(simulated), frame.y(top), frame.x(simulated), frame.y(bottom), "bar a");
+}
+
+/// The colours by name, on a light and on a dark page.
+struct Colour {
+  const char* name;
+  const char* light;
+  const char* dark;
+};
+
+constexpr Colour colours[] = {
+    {"ink", "#1b2330", "#e7eaf0"},  {"muted", "#667085", "#97a1b0"}, {"grid", "#e4e7ec", "#2a313d"},
+    {"page", "#ffffff", "#10141b"}, {"card", "#f8f9fb", "#171c25"},  {"a", "#2563c9", "#7fb0ff"},
+    {"b", "#c2570c", "#ffad66"},    {"good", "#177245", "#6fd39b"},  {"bad", "#b42318", "#ff8a80"}};
+
+const char* const chartRules = R"(
+svg text { font: 12px system-ui, -apple-system, "Segoe UI", "DejaVu Sans", sans-serif; fill: @ink; }
+svg text.tick { fill: @muted; font-size: 11px; }
+svg text.head { font-size: 14px; font-weight: 600; }
+svg text.end { text-anchor: end; }
+svg text.middle { text-anchor: middle; }
+svg .grid { stroke: @grid; }
+svg .axis { stroke: @muted; }
+svg .ideal { stroke: @muted; stroke-dasharray: 4 4; }
+svg .target { stroke: @good; stroke-width: 1.5; stroke-dasharray: 6 4; }
+svg text.good { fill: @good; }
+svg .line { fill: none; stroke-width: 2.2; stroke-linejoin: round; }
+svg .line.a { stroke: @a; } svg .line.b { stroke: @b; }
+svg .line.thin { stroke-width: 1.2; stroke-opacity: .65; }
+svg .dot { stroke: @page; stroke-width: 1; }
+svg .dot.a { fill: @a; } svg .dot.b { fill: @b; }
+svg .dot.thin { fill-opacity: .75; }
+svg text.label.a { fill: @a; font-weight: 600; } svg text.label.b { fill: @b; font-weight: 600; }
+svg .bar.a { stroke: @a; stroke-opacity: .45; stroke-width: 1.4; }
+svg .box { fill: @a; fill-opacity: .8; }
+svg .page { fill: @page; }
+)";
+
+/// Replaces a name that is not part of a longer one.
+void replaceAll(std::string& text, const std::string& name, const std::string& by) {
+  for (auto at = text.find(name); at != std::string::npos; at = text.find(name, at)) {
+    const auto after = at + name.size();
+    if (after < text.size() && std::isalnum(static_cast<unsigned char>(text[after])))
+      at = after;
+    else
+      text.replace(at, name.size(), by);
+  }
+}
+
+} // namespace
+
+std::string xmlText(const std::string& words) {
+  std::string out;
+  // The JSON writer replaces what is not UTF-8; its text is then escaped for XML.
+  const std::string quoted = Json(words).dump(-1, ' ', false, Json::error_handler_t::replace);
+  const std::string clean = Json::parse(quoted).get<std::string>();
+  for (char c : clean) {
+    if (c == '&')
+      out += "&amp;";
+    else if (c == '<')
+      out += "&lt;";
+    else if (c == '>')
+      out += "&gt;";
+    else if (c == '"')
+      out += "&quot;";
+    else
+      out += static_cast<unsigned char>(c) < ' ' && c != '\n' && c != '\t' ? ' ' : c;
+  }
+  return out;
+}
+
+std::string themed(const std::string& rules) {
+  std::string light = rules, dark = rules;
+  for (const Colour& colour : colours) {
+    replaceAll(light, std::string("@") + colour.name, colour.light);
+    replaceAll(dark, std::string("@") + colour.name, colour.dark);
+  }
+  return light + "@media (prefers-color-scheme: dark) {" + dark + "}\n";
+}
+
+std::string chartStyle() {
+  return themed(chartRules);
+}
+
+Chart errorChart(const std::vector<RoundRecord>& rounds, double target) {
+  Chart chart{760, 390, {}};
+  const std::vector<Series> all = errorSeries(rounds);
+  const auto [low, high] = errorRange(all, target);
+  const int first = rounds.empty() ? 0 : rounds.front().samples;
+  const int last = rounds.empty() ? 1 : std::max(rounds.back().samples, first + 1);
+  Frame frame{64, 44, 540, 286, linearAxis(first, last, 8), logAxis(low, high)};
+  frame.xAxis.low = first;
+  frame.xAxis.high = last;
+  auto& ticks = frame.xAxis.ticks;
+  ticks.erase(std::remove_if(ticks.begin(), ticks.end(),
+                             [&](double t) { return t < first || t > last || t != std::floor(t); }),
+              ticks.end());
+  chart.body += text(0, 18, "head", "Relative error against the number of samples");
+  chart.body += frame.grid(percentText);
+  chart.body += text(frame.left + frame.width / 2, frame.bottom() + 40, "tick middle", "samples");
+  if (target >= frame.yAxis.low && target <= frame.yAxis.high) {
+    chart.body += line(frame.left, frame.y(target), frame.right(), frame.y(target), "target");
+    chart.body +=
+        text(frame.left + 6, frame.y(target) - 6, "good", "target " + percentText(target));
+  }
+  for (const Series& series : all)
+    chart.body += polyline(frame, series);
+  chart.body += endLabels(frame, all);
+  return chart;
+}
+
+Chart scatterChart(const Comparison& comparison, std::size_t output, const std::string& name) {
+  Chart chart{340, 350, {}};
+  const auto [low, high] = valueRange(comparison, output);
+  const Axis axis = linearAxis(low, high, 4);
+  const Frame frame{64, 44, 264, 256, axis, axis};
+  const double r2 = comparison.measures.r2[output];
+  chart.body += text(0, 18, "head", name);
+  chart.body += text(frame.right(), 18, "tick end", "R² = " + roundedText(r2, 5));
+  chart.body += frame.grid(tickText);
+  chart.body += line(frame.left, frame.bottom(), frame.right(), frame.top, "ideal");
+  for (std::size_t i = 0; i < comparison.simulated.size(); ++i)
+    chart.body += errorBar(frame, comparison.simulated[i][output], comparison.predicted[i][output],
+                           comparison.error[i][output]);
+  for (std::size_t i = 0; i < comparison.simulated.size(); ++i)
+    if (std::isfinite(comparison.predicted[i][output]))
+      chart.body += dot(frame.x(comparison.simulated[i][output]),
+                        frame.y(comparison.predicted[i][output]), 2.8, "dot a");
+  chart.body += text(frame.left + frame.width / 2, frame.bottom() + 40, "tick middle", "simulated");
+  chart.body += text(0, 36, "tick", "predicted");
+  return chart;
+}
+
+Chart multiplierChart(const std::vector<double>& theta, const std::vector<std::string>& inputs) {
+  constexpr double rowHeight = 20, barLeft = 110, barWidth = 130;
+  const bool shared = theta.size() != inputs.size();
+  Chart chart{330, rowHeight * static_cast<double>(theta.size()) + 6, {}};
+  double largest = 0;
+  for (double value : theta)
+    largest = std::max(largest, value);
+  for (std::size_t i = 0; i < theta.size(); ++i) {
+    const double y = rowHeight * static_cast<double>(i);
+    const double width = largest > 0 ? std::max(1.0, barWidth * theta[i] / largest) : 0;
+    chart.body += text(barLeft - 8, y + 14, "end", shared ? "all inputs" : inputs[i]);
+    chart.body += "<rect class=\"box\" x=\"" + px(barLeft) + "\" y=\"" + px(y + 4) + "\" width=\"" +
+                  px(width) + "\" height=\"12\" rx=\"2\"/>\n";
+    chart.body += text(barLeft + width + 6, y + 14, "tick", roundedText(theta[i], 4));
+  }
+  return chart;
+}
+
+std::string inlineSvg(const Chart& chart, const std::string& title) {
+  return "<svg viewBox=\"0 0 " + px(chart.width) + ' ' + px(chart.height) + "\" width=\"" +
+         px(chart.width) + "\" role=\"img\" aria-label=\"" + xmlText(title) + "\">\n" + chart.body +
+         "</svg>\n";
+}
+
+std::string svgFile(const std::vector<std::vector<Chart>>& rows, const std::string& title) {
+  constexpr double margin = 24, gap = 20;
+  double width = 0, y = margin;
+  std::string body;
+  for (const auto& row : rows) {
+    double x = margin, height = 0;
+    for (const Chart& chart : row) {
+      body += "<g transform=\"translate(" + px(x) + ' ' + px(y) + ")\">\n" + chart.body + "</g>\n";
+      x += chart.width + gap;
+      height = std::max(height, chart.height);
+    }
+    width = std::max(width, x - gap + margin);
+    y += height + gap;
+  }
+  const std::string size = px(width) + ' ' + px(y - gap + margin);
+  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<svg xmlns=\"http://www.w3.org/2000/svg\" "
+         "viewBox=\"0 0 " +
+         size + "\" role=\"img\">\n<title>" + xmlText(title) + "</title>\n<style>\n" +
+         chartStyle() +
+         "</style>\n<rect class=\"page\" width=\"100%\" "
+         "height=\"100%\"/>\n" +
+         body + "</svg>\n";
+}
+
+} // namespace app::refine
