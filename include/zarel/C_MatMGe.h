@@ -154,19 +154,22 @@ public:
   int TransposeInSitu();
 
 private:
+  using Marks = C_VecPi<int, int, C_PtrInCore<int, int>>;
+
   bool packed() const { return lead_ == this->rows_; }
   void reserveTable(int columns);
   void setShape(int rows, int columns, int lead);
   void assign(const C_Mat<T>& source);
   void clearFrom(__int64 position);
   void growRows(int rows);
+  void transposeWith(Marks& moved);
   void swapAcrossDiagonal();
   void requireErasable(int first, int last, int size) const;
-  void readValues(FILE* file, __int64 count);
 
   int factored_ = 0;
   Storage values_;
   T** table_ = nullptr;
+  int table_size_ = 0;
   int lead_ = 0;
 };
 

@@ -62,7 +62,7 @@ public:
   int GetSeedVectorSize(int& size) const;
 
 private:
-  int freshState(const std::vector<unsigned int>& seeds);
+  int freshState(int count, unsigned int const* seeds);
   void seedWords(std::uint32_t seed);
   void mixIn(int count, unsigned int const* seeds);
   void markReady();

@@ -200,16 +200,15 @@ public:
   /** Becomes a copy of `source`. */
   int Copy(C_Vec const& source) { return Copy(const_cast<C_Vec&>(source)); }
 
-  using C_BaseVec<I>::Zero;
+  using C_BaseVec<I>::Print;
+  using C_BaseVec<I>::WriteMatlab;
   char* AffType() const override;
   C_Type::E_Type Type() override;
   int Write(int handle) override;
   int Write(FILE* file) override;
   int Read(int handle) override;
   int Read(FILE* file) override;
-  int WriteMatlab(char const* name) override;
   int WriteMatlab(FILE* file) override;
-  int Print(char const* name, bool append) override;
   int Print(FILE* file) override;
   int GetVal(I i, std::string& text) override;
   int FirstVal(std::string& text) override;

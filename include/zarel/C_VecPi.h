@@ -101,7 +101,7 @@ public:
   P& Storage() { return storage_; }
 
 protected:
-  /** Applies the rule for `last`; returns the count of values, below 1 for an empty range. */
+  /** Applies the rule for `last`; returns the count of values, 0 for an empty range. */
   I CompLength(I& first, I& last);
 
 private:
