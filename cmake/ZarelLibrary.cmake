@@ -34,7 +34,9 @@ foreach(lib zarel zarel_static)
     FILES ${header_paths} ${generated_paths})
   target_link_libraries(${lib} PRIVATE $<BUILD_INTERFACE:zarel_flags>)
 endforeach()
-target_link_options(zarel PRIVATE $<$<NOT:$<BOOL:${ZAREL_SANITIZE}>>:-Wl,--no-undefined>)
+if(NOT ZAREL_SANITIZE)
+  target_link_options(zarel PRIVATE -Wl,--no-undefined)
+endif()
 target_link_libraries(zarel PRIVATE
   ${ZAREL_ARPACK_LIBRARY} LAPACK::LAPACK BLAS::BLAS Threads::Threads)
 target_link_libraries(zarel_static PUBLIC

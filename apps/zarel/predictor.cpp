@@ -70,19 +70,15 @@ std::vector<std::string> Predictor::columnNames() const {
   return names;
 }
 
-/** Reads the next rows; a signal while it waits for them ends the block early. */
-void Predictor::readBlock(CsvReader& points, const Columns& columns) {
+bool Predictor::readBlock(CsvReader& points, const Columns& columns) {
   block_.values.clear();
   const std::size_t most = static_cast<std::size_t>(capacity_) * columns.size();
-  try {
-    while (block_.values.size() < most && points.next()) {
-      if (points.row() <= choice_.skip) continue;
-      for (const auto column : columns)
-        block_.values.push_back(points.number(column));
-    }
-  } catch (const Failure& failure) {
-    if (failure.code != ExitCode::interrupted) throw;
+  while (block_.values.size() < most && points.next()) {
+    if (points.row() <= choice_.skip) continue;
+    for (const auto column : columns)
+      block_.values.push_back(points.number(column));
   }
+  return !block_.values.empty();
 }
 
 void Predictor::predictBlock() {
@@ -90,9 +86,7 @@ void Predictor::predictBlock() {
   library::Details details;
   const int result =
       choice_.errors ? list_.EvalModelAndPredictor(x_, y_, e_) : list_.EvalModel(x_, y_);
-  if (result != 0)
-    throw Failure(ExitCode::numerical, "the prediction failed",
-                  details.text().empty() ? "" : "the library stopped at " + details.text());
+  if (result != 0) throw Failure(ExitCode::numerical, "the prediction failed", details.text());
 }
 
 void Predictor::writeBlock(PointsOutput& output) {
@@ -115,14 +109,13 @@ void Predictor::writeBlock(PointsOutput& output) {
 bool Predictor::run(CsvReader& points, const Columns& columns, PointsOutput& output,
                     Console& console) {
   Progress progress(console, "predicting", points.bytesTotal());
-  for (;;) {
-    readBlock(points, columns);
-    if (block_.values.empty()) return !interrupt::requested();
+  while (readBlock(points, columns)) {
     predictBlock();
     writeBlock(output);
     if (interrupt::requested()) return false;
     progress.update(points.bytesDone());
   }
+  return !interrupt::requested();
 }
 
 } // namespace app

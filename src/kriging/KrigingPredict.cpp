@@ -141,13 +141,14 @@ template <class T>
 int Kriging<T>::UpdateTestCorrelations(Matrix& points) {
   const int count = points.NbRow();
   int known = TestCorrMtx.NbCol();
-  if (TestCorrStale || TestCorrMtx.NbRow() != count || known > NumSamp) {
+  const bool fresh = TestCorrStale || TestCorrMtx.NbRow() != count || known > NumSamp;
+  TestCorrStale = true; // until the new columns are in
+  if (fresh) {
     TestCorrMtx.Resize(count, NumSamp);
     known = 0;
   } else {
     TestCorrMtx.ResizeAndKeepValues(count, NumSamp);
   }
-  TestCorrStale = true; // until the new columns are in
   Matrix samples;
   if (ScalePoints(InpSampMtx, samples) != 0) return 1;
   if (CorrelatePoints(points, samples, TestCorrMtx, known) != 0) return 1;

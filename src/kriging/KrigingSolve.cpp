@@ -120,7 +120,7 @@ int Kriging<T>::FitAtKernel(bool keepModel) {
   const auto fill = [&] { return FillCorrelationFactor(work.factor, work.inputs); };
   if (fill() != 0 || PrepareTrend(work) != 0 || work.factor.factorise(fill) != 0) return 1;
   if (SolveRegression(work, keepModel) != 0) return 1;
-  Status = E_KrigingStatusSolved;
+  if (keepModel) Status = E_KrigingStatusSolved; // a trial leaves no model behind
   return 0;
 }
 
@@ -130,6 +130,7 @@ int Kriging<T>::SolveRegression(Zarel::KrigingWorkspace<T>& work, bool keepModel
   WhitenSystem(work);
   if (SolveLeastSquares(work) != 0) return 1;
   if (keepModel) {
+    SolveRequired = true; // until all of what follows belongs together
     KeepTrendFactors(work);
     SetErrorMeasures(work);
     KeepCoefficients(work);
