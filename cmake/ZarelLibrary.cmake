@@ -53,6 +53,8 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/zarel-config-version.cmak
   COMPATIBILITY SameMinorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/zarel-config.cmake ${PROJECT_BINARY_DIR}/zarel-config-version.cmake
   DESTINATION ${package_dir})
+# Relative, so that the installed tree may be moved.
+file(RELATIVE_PATH ZAREL_PC_PREFIX /p/${CMAKE_INSTALL_LIBDIR}/pkgconfig /p)
 configure_file(${PROJECT_SOURCE_DIR}/cmake/zarel.pc.in ${PROJECT_BINARY_DIR}/zarel.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/zarel.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})

@@ -12,8 +12,9 @@ import sys
 C_FAMILIES = re.compile(r"^(ITF_|zarel|BF_|CBF_|LM_|LIS_|LTE_|hash|MSG_|Msg_|is_|switch_|set(Err|Msg|Warn)Aff|"
                         r"Erreur|Warning|fct_Trace|cTimeManager|Swap|AddFile|RemFile|IsFile|TPrintStr|"
                         r"getGlobal|ReleaseGlobal|SetXternal|BegFunc|EndFunc|F_Chunks|GlobalCallstack)")
-HIDDEN = re.compile(r"^(std::|typeinfo (name )?for std::|vtable for std::|testing::|nlohmann::|CLI::|"
-                    r".*\b(detail|internal|\(anonymous namespace\))::)")
+CLASS_DATA = re.compile(r"^(typeinfo( name)?|vtable|VTT|construction vtable|guard variable) for (C_|Zarel::|Kriging)")
+HIDDEN = re.compile(r"^((typeinfo (name )?|vtable )?for )?(std::|testing::|nlohmann::|CLI::)"
+                    r"|\b(detail|internal)::|\(anonymous namespace\)")
 # The standard library's templates over our types and over plain types are weak and harmless.
 WEAK = {"W", "V", "u"}
 
@@ -27,9 +28,9 @@ def exported(library):
 
 
 def foreign(kind, name):
-    if HIDDEN.match(name):
+    if HIDDEN.search(name):
         return kind not in WEAK
-    return not (C_FAMILIES.match(name) or "::" in name or "(" in name)
+    return not (C_FAMILIES.match(name) or CLASS_DATA.match(name) or "::" in name or "(" in name)
 
 
 def main():
