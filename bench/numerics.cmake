@@ -1,0 +1,1 @@
+zarel_bench(numerics_bench SOURCES numerics.cpp)
