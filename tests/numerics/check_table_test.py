@@ -24,6 +24,7 @@ SOURCE = """\
       SX( 1 ) = SX( 1 ) / SA
       END
 """
+
 LAPACK_H, ARPACK_H = sys.argv.pop(1), sys.argv.pop(1)
 
 

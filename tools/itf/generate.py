@@ -102,20 +102,19 @@ def prototype(routine):
 
 
 def declaration(routine):
-    return wrapped("ZAREL_API " + prototype(routine), ";")
+    brief = routine.family.brief[0].upper() + routine.family.brief[1:]
+    if ":=" in brief:
+        brief = routine.family.brief
+    comment = textwrap.fill(f"/** {brief}. */", 100, subsequent_indent=" * ")
+    return f"{comment}\n{wrapped('ZAREL_API ' + prototype(routine), ';')}"
 
 
 def header(families):
     parts = [HEADER_START]
     for section, title in TITLES.items():
         parts.append(f"\n/** @name {title} */\n/**@{{*/")
-        for family in (f for f in families if f.section == section):
-            if family.brief:
-                parts.append(f"\n/** {family.brief} */" if len(family.routines) == 1
-                             else f"\n/** {family.brief} @{{ */")
-            parts += [declaration(routine) for routine in family.routines]
-            if family.brief and len(family.routines) > 1:
-                parts.append("/** @} */")
+        parts += [declaration(routine)
+                  for routine in table.routines(f for f in families if f.section == section)]
         parts.append("/**@}*/")
     parts.append(HEADER_END)
     return "\n".join(parts)

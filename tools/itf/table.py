@@ -7,8 +7,8 @@ What the columns mean stands at the head of the table.
 import dataclasses
 import re
 
-LINE = re.compile(r"^(?P<precisions>\S+)\s+(?P<result>\w+(?: \*)?)\s+(?P<name>\w+)\((?P<arguments>.*)\)"
-                  r"(?:\s*--\s*(?P<brief>.+))?$")
+LINE = re.compile(r"^(?P<precisions>\S+)\s+(?P<result>\w+(?: \*)?)\s+(?P<name>\w+)\((?P<arguments>[^)]*)\)"
+                  r"\s+--\s+(?P<brief>.+)$")
 ARGUMENT = re.compile(r"^(?P<kind>\w+) (?P<star>\*?)(?P<name>\w+)$")
 REAL = {"s": "float", "d": "double", "c": "float", "z": "double"}
 # Kind of option or text, and the expression of its hidden length.
@@ -86,7 +86,7 @@ def _family(section, line, place):
     if not match:
         raise SystemExit(f"{place}: not a line of the table: {line}")
     arguments = [_argument(text.strip(), place) for text in match["arguments"].split(",")]
-    family = Family(section, match["result"], match["name"], arguments, match["brief"] or "", [])
+    family = Family(section, match["result"], match["name"], arguments, match["brief"], [])
     for precision in match["precisions"].split(","):
         name = match["name"] if precision == "-" else precision + match["name"]
         family.routines.append(Routine(name, _letter(precision), family))
