@@ -18,7 +18,8 @@ bool failsNow() {
   return true;
 }
 
-Zarel::Allocator real = Zarel::allocator();
+const Zarel::Allocator real = Zarel::allocator();
+int living = 0;
 
 void* countedMalloc(size_t size) {
   return failsNow() ? nullptr : real.malloc(size);
@@ -101,7 +102,7 @@ void operator delete[](void* block, size_t, std::align_val_t) noexcept {
 namespace support {
 
 FailingAllocation::FailingAllocation(long n) {
-  real = Zarel::allocator();
+  ++living;
   Zarel::allocator() = {countedMalloc, countedCalloc, countedRealloc, real.free};
   failed = false;
   left = n;
@@ -109,7 +110,7 @@ FailingAllocation::FailingAllocation(long n) {
 
 FailingAllocation::~FailingAllocation() {
   left = 0;
-  Zarel::allocator() = real;
+  if (--living == 0) Zarel::allocator() = real;
 }
 
 bool FailingAllocation::happened() {
