@@ -115,7 +115,8 @@ public:
   int Write(FILE* file) override;
   /**
    * Reads shape and values. A shape or count that is negative, does not agree, or promises more
-   * than the file still holds throws 21 and leaves the matrix as it was.
+   * than the file still holds throws 21 and leaves the matrix as it was. So do more than 65536
+   * columns of no rows, for which the file holds nothing.
    */
   int Read(FILE* file) override;
   int WriteMatlab(FILE* file) override;

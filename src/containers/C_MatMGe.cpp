@@ -22,6 +22,9 @@ using Zarel::fail;
 
 namespace {
 
+// A matrix without rows may have that many columns in a file.
+constexpr int mostEmptyColumns = 1 << 16;
+
 char kMatMGeName[] = "C_MatMGe Type";
 constexpr char kMatMSymName[] = "C_MatMSym Type";
 
@@ -324,6 +327,8 @@ int C_MatMGe<T>::Read(FILE* file) {
       product <= INT_MAX ? Zarel::readOne<int>(file) : Zarel::readOne<__int64>(file);
   if (count != product) fail(21);
   Zarel::requireHolds(file, count, sizeof(T));
+  // Columns without rows take no bytes of the file, yet a pointer each here.
+  if (rows == 0 && columns > mostEmptyColumns) fail(21);
   reserveTable(columns);
   values_.Resize(count);
   setShape(rows, columns, rows);
