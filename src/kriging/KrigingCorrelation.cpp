@@ -70,7 +70,7 @@ int Kriging<T>::FillCorrelationFactor(Zarel::CorrelationFactor& factor, Matrix& 
 
 template <class T>
 int Kriging<T>::EvalSampCorrAndPol(Matrix& X, RealMatrix& C, Matrix& F) {
-  if (SolveIfReady() != 0) return 1;
+  if (Status == E_KrigingStatusReady && SolveIfReady() != 0) return 1;
   RefitIfRequired();
   if (X.NbCol() != NumVar || !CoefficientsFit()) return 1;
   Matrix points, samples;

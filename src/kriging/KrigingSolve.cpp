@@ -75,7 +75,8 @@ int Kriging<T>::EvalStartKernel(Matrix& Xs, RealVec& start) {
 template <class T>
 int Kriging<T>::StartKernelIfDue(Matrix& Xs, bool& done) {
   // A kernel of a length that no longer fits the model is as good as pending.
-  done = KernStartPending == 1 || !KernelFits();
+  const int length = KernVarType == E_KernIsotropic ? 1 : NumVar;
+  done = KernStartPending == 1 || !KernelFits() || KernVec.Dim() != length;
   if (!done) return 0;
   if (EvalStartKernel(Xs, KernVec) != 0) return 1;
   KernStartPending = 0;

@@ -447,6 +447,18 @@ TEST_F(KrigingCorrelation, SamplesCorrelateWithThemselvesAndTrendFollowsTheCoeff
   EXPECT_EQ(model.EvalSampCorrAndPol(wrong, C, F), 1);
 }
 
+TEST_F(KrigingCorrelation, AnIncompleteModelIsFittedWhenItsPiecesHaveCome) {
+  C_MatMGe<double> C, F;
+  fit::Probe<double> late;
+  late.PutNumVar(2);
+  late.PutNumSol(1, 1, nullptr);
+  late.PutInpSampMtx(X);
+  ASSERT_EQ(late.EvalSampCorrAndPol(X, C, F), 1); // no outputs
+  ASSERT_EQ(late.GetKrigingStatus(), E_KrigingStatusIncomplete);
+  late.PutOutSampMtx(Y);
+  EXPECT_EQ(late.EvalSampCorrAndPol(X, C, F), 0);
+}
+
 TEST_F(KrigingCorrelation, MatrixIsTheSameWhateverTheLeadingDimension) {
   fit::setKernel(model, {1.0});
   C_MatMGe<double> fewer(X);

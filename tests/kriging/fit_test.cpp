@@ -293,6 +293,17 @@ TEST_F(KrigingSolve, AKernelOfAnotherLengthIsAsGoodAsPending) {
   ASSERT_EQ(model.PutInpSampMtx(three), 0); // more columns than multipliers
   ASSERT_EQ(model.Solve(), 0);
   EXPECT_EQ(model.KernVec.Dim(), 3);
+
+  Probe<double> narrow;
+  C_MatMGe<double> one = fit::randomMatrix<double>(12, 1, 5);
+  fit::load(narrow, one, Y);
+  narrow.PutKrigingKernVarType(E_KernAnisotropic);
+  Vec<double> single = fit::vectorOf({3.0});
+  ASSERT_EQ(narrow.PutKernVec(single), 0);
+  ASSERT_EQ(narrow.PutInpSampMtx(three), 0); // one multiplier for each of three variables
+  ASSERT_EQ(narrow.PutOutSampMtx(Y), 0);
+  ASSERT_EQ(narrow.Solve(), 0);
+  EXPECT_EQ(narrow.KernVec.Dim(), 3);
 }
 
 TEST_F(KrigingSolve, ReportsCriterionAndVarianceOnlyWhenSolved) {
