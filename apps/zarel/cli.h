@@ -36,6 +36,11 @@ struct Globals {
 /** Parses and runs. Never throws; returns the exit code. */
 int run(int argc, char** argv);
 
+/** Ends the help of each command. */
+inline const char* globalsFooter() {
+  return "--quiet, --json, --force, --config and the like: see zarel --help";
+}
+
 /** Each command adds its subcommand. */
 void addFit(CLI::App& root, Globals& globals);
 void addPredict(CLI::App& root, Globals& globals);

@@ -99,6 +99,7 @@ void addFit(CLI::App& root, Globals& globals) {
       ->required()
       ->type_name("MODEL");
   addModelOptions(*fit, command->options);
+  fit->footer(globalsFooter());
   fit->callback(
       [command, &globals] { globals.action = [command, &globals] { runFit(*command, globals); }; });
 }

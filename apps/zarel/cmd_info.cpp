@@ -118,6 +118,7 @@ void addInfo(CLI::App& root, Globals& globals) {
   auto path = std::make_shared<std::string>();
   CLI::App* info = root.add_subcommand("info", "Tell what a model file holds");
   info->add_option("model", *path, "Model file; - for a stream")->required()->type_name("MODEL");
+  info->footer(globalsFooter());
   info->callback(
       [path, &globals] { globals.action = [path, &globals] { runInfo(*path, globals); }; });
 }

@@ -145,6 +145,7 @@ void addPredict(CLI::App& root, Globals& globals) {
   auto command = std::make_shared<PredictCommand>();
   CLI::App* predict = root.add_subcommand("predict", "Predict at points");
   addPredictOptions(*predict, *command);
+  predict->footer(globalsFooter());
   predict->callback([command, &globals] {
     globals.action = [command, &globals] { runPredict(*command, globals); };
   });

@@ -1,7 +1,11 @@
 #include "library.h"
 
+#include "number.h"
+
 #include <algorithm>
+#include <string_view>
 #include <system_error>
+#include <vector>
 #include <zarel/C_MessageTool.h>
 #include <zarel/C_ZarelMessage.h>
 #include <zarel/erreur.h>
@@ -16,15 +20,24 @@ FitProgress* fit = nullptr;
 constexpr int outOfMemory = 1001;
 constexpr int messageGoesOn = 1;
 
-std::string oneLine(std::string text) {
-  std::replace(text.begin(), text.end(), '\n', ' ');
-  return text;
+/** "fct_Trace( label, LINE, FILE)" at the end of a text as "FILE line LINE". */
+std::string tracedPlace(const std::string& text) {
+  const auto open = text.rfind('(');
+  const auto close = text.rfind(')');
+  if (open == std::string::npos || close == std::string::npos || close < open) return "";
+  std::vector<std::string> parts;
+  forEachPart(std::string_view(text).substr(open + 1, close - open - 1), ',',
+              [&parts](std::string_view part) { parts.emplace_back(part); });
+  if (parts.size() != 3) return "";
+  while (parts[2].compare(0, 3, "../") == 0)
+    parts[2].erase(0, 3);
+  return parts[2] + " line " + parts[1];
 }
 
 } // namespace
 
 void collect(const char* /*title*/, const char* text) {
-  if (details && details->text_.empty()) details->text_ = oneLine(text);
+  if (details && details->text_.empty()) details->text_ = tracedPlace(text);
 }
 
 int countMessage(int* /*code*/) {

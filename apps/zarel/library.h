@@ -31,7 +31,7 @@ public:
   Details& operator=(const Details&) = delete;
   ~Details();
 
-  /** The first trace, which is the one nearest to the failure, such as "read(), a.cpp line 7". */
+  /** Where the first trace was made, the one nearest to the failure: "src/a/b.cpp line 7". */
   const std::string& text() const { return text_; }
 
 private:

@@ -86,15 +86,23 @@ std::string bytesOf(std::FILE* stream, off_t offset, std::size_t size) {
   return bytes;
 }
 
+void checkSolved(KrigingList<double>& list) {
+  int models = 0;
+  list.GetNumKriging(models);
+  bool solved = models > 0;
+  for (int i = 0; i < models; ++i)
+    solved = solved && list.GetItemKriging(i)->GetKrigingStatus() == E_KrigingStatusSolved;
+  if (!solved) throw Failure(ExitCode::numerical, "the models are not solved");
+}
+
 /** The list as the library writes it. */
 std::string listBytes(KrigingList<double>& list) {
   const Stream stream = memoryStream();
-  library::Details details;
+  const library::Details details; // keeps its traces off the screen
+  checkSolved(list);
   errno = 0;
-  if (list.Write(stream.get()) != 0 || std::fflush(stream.get()) != 0) {
-    if (errno == ENOMEM || errno == ENOSPC) failIo("cannot write the model to memory", errno);
-    throw Failure(ExitCode::numerical, "the models are not solved", details.text());
-  }
+  if (list.Write(stream.get()) != 0 || std::fflush(stream.get()) != 0)
+    failIo("cannot write the model", errno);
   struct stat info {};
   fstat(fileno(stream.get()), &info);
   return bytesOf(stream.get(), 0, static_cast<std::size_t>(info.st_size));
@@ -192,7 +200,8 @@ void readList(std::FILE* stream, const Parts& parts, KrigingList<double>& list,
               const std::string& path) {
   library::Details details;
   if (readResult(list, stream) != 0)
-    refuse(path, "not a model file, or one that is cut short or damaged", details.text());
+    refuse(path, "not a model file, or one that is cut short or damaged",
+           details.text().empty() ? "" : "the library stopped at " + details.text());
   const off_t end = lseek(fileno(stream), 0, SEEK_CUR);
   if (end >= 0 && static_cast<std::uint64_t>(end) != parts.list)
     refuse(path, "the model file is cut short or damaged: bytes behind the model",

@@ -70,15 +70,19 @@ std::vector<std::string> Predictor::columnNames() const {
   return names;
 }
 
-bool Predictor::readBlock(CsvReader& points, const Columns& columns) {
+/** Reads the next rows; a signal while it waits for them ends the block early. */
+void Predictor::readBlock(CsvReader& points, const Columns& columns) {
   block_.values.clear();
   const std::size_t most = static_cast<std::size_t>(capacity_) * columns.size();
-  while (block_.values.size() < most && points.next()) {
-    if (points.row() <= choice_.skip) continue;
-    for (const auto column : columns)
-      block_.values.push_back(points.number(column));
+  try {
+    while (block_.values.size() < most && points.next()) {
+      if (points.row() <= choice_.skip) continue;
+      for (const auto column : columns)
+        block_.values.push_back(points.number(column));
+    }
+  } catch (const Failure& failure) {
+    if (failure.code != ExitCode::interrupted) throw;
   }
-  return !block_.values.empty();
 }
 
 void Predictor::predictBlock() {
@@ -86,7 +90,9 @@ void Predictor::predictBlock() {
   library::Details details;
   const int result =
       choice_.errors ? list_.EvalModelAndPredictor(x_, y_, e_) : list_.EvalModel(x_, y_);
-  if (result != 0) throw Failure(ExitCode::numerical, "the prediction failed", details.text());
+  if (result != 0)
+    throw Failure(ExitCode::numerical, "the prediction failed",
+                  details.text().empty() ? "" : "the library stopped at " + details.text());
 }
 
 void Predictor::writeBlock(PointsOutput& output) {
@@ -109,13 +115,14 @@ void Predictor::writeBlock(PointsOutput& output) {
 bool Predictor::run(CsvReader& points, const Columns& columns, PointsOutput& output,
                     Console& console) {
   Progress progress(console, "predicting", points.bytesTotal());
-  while (readBlock(points, columns)) {
+  for (;;) {
+    readBlock(points, columns);
+    if (block_.values.empty()) return !interrupt::requested();
     predictBlock();
     writeBlock(output);
     if (interrupt::requested()) return false;
     progress.update(points.bytesDone());
   }
-  return !interrupt::requested();
 }
 
 } // namespace app

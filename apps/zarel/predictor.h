@@ -46,7 +46,7 @@ public:
   long long notFinite() const { return notFinite_; }
 
 private:
-  bool readBlock(CsvReader& points, const Columns& columns);
+  void readBlock(CsvReader& points, const Columns& columns);
   void predictBlock();
   void writeBlock(PointsOutput& output);
 

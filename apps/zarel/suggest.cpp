@@ -46,7 +46,9 @@ std::string nearest(std::string_view given, const std::vector<std::string>& cand
   for (const auto& candidate : candidates) {
     if (candidate.size() > longestName) continue;
     const int distance = editDistance(given, candidate);
-    if (distance >= best) continue;
+    // What shares no letter is another name, however short.
+    const auto longer = static_cast<int>(std::max(given.size(), candidate.size()));
+    if (distance >= best || distance >= longer) continue;
     best = distance;
     choice = candidate;
   }

@@ -4,10 +4,10 @@
 #include <fstream>
 #include <gmock/gmock.h>
 
+using apptest::Around;
 using apptest::firstLine;
 using apptest::numbersOf;
-using apptest::Run;
-using apptest::Setup;
+using apptest::Outcome;
 using apptest::Words;
 using ::testing::HasSubstr;
 
@@ -15,7 +15,7 @@ namespace {
 
 class Predict : public apptest::Program {
 protected:
-  Run predict(const std::string& csv, const Words& more = {}) {
+  Outcome predict(const std::string& csv, const Words& more = {}) {
     Words words{"predict", model_, write("p.csv", csv)};
     words.insert(words.end(), more.begin(), more.end());
     return zarel(words);
@@ -27,15 +27,17 @@ protected:
 };
 
 TEST_F(Predict, ApproximatesTheFunction) {
-  const Run run = predict("a,b\n0.33,0.71\n0.5,0.5\n");
+  const Outcome run = predict("a,b\n0.33,0.71\n0.5,0.5\n");
 
   EXPECT_EQ(run.code, 0) << run.err;
   EXPECT_EQ(run.err, "");
   EXPECT_EQ(firstLine(run.out), "y,z");
   const auto rows = numbersOf(run.out);
   ASSERT_EQ(rows.size(), 2u);
-  EXPECT_NEAR(rows[0][0], std::sin(0.99) + 0.71 * 0.71, 1e-3);
-  EXPECT_NEAR(rows[0][1], 0.33 * 0.71, 1e-3);
+  EXPECT_NEAR(rows[0][0], apptest::exactY(0.33, 0.71), 0.02);
+  EXPECT_NEAR(rows[0][1], apptest::exactZ(0.33, 0.71), 0.02);
+  EXPECT_NEAR(rows[1][0], apptest::exactY(0.5, 0.5), 1e-3)
+      << "a sample, but for what is added to the diagonal";
 }
 
 TEST_F(Predict, FindsTheInputsByName) {
@@ -47,7 +49,7 @@ TEST_F(Predict, FindsTheInputsByName) {
 }
 
 TEST_F(Predict, RefusesPointsThatLackAnInput) {
-  const Run run = predict("a,bb\n0.3,0.7\n");
+  const Outcome run = predict("a,bb\n0.3,0.7\n");
   EXPECT_EQ(run.code, 3);
   EXPECT_THAT(run.err, HasSubstr("did you mean \"bb\"?"));
   EXPECT_EQ(run.out, "");
@@ -56,7 +58,7 @@ TEST_F(Predict, RefusesPointsThatLackAnInput) {
 }
 
 TEST_F(Predict, StandardErrorsVanishAtSamples) {
-  const Run run = predict("a,b\n0.2,0.4\n0.27,0.51\n1.5,1.5\n", {"--error"});
+  const Outcome run = predict("a,b\n0.5,0.5\n0.27,0.51\n1.5,1.5\n", {"--error"});
 
   EXPECT_EQ(run.code, 0) << run.err;
   EXPECT_EQ(firstLine(run.out), "y,z,y_error,z_error");
@@ -78,13 +80,13 @@ TEST_F(Predict, ErrorsDoNotChangeThePredictions) {
 }
 
 TEST_F(Predict, CanRepeatTheInputs) {
-  const Run run = predict("b,a\n0.7,0.3\n", {"--with-inputs"});
+  const Outcome run = predict("b,a\n0.7,0.3\n", {"--with-inputs"});
   EXPECT_EQ(firstLine(run.out), "a,b,y,z");
   EXPECT_EQ(numbersOf(run.out)[0][0], 0.3);
 }
 
 TEST_F(Predict, WritesAFile) {
-  const Run run = predict("a,b\n0.3,0.7\n", {"-o", path("out.csv")});
+  const Outcome run = predict("a,b\n0.3,0.7\n", {"-o", path("out.csv")});
   EXPECT_EQ(run.code, 0);
   EXPECT_EQ(run.out, "");
   EXPECT_EQ(read("out.csv"), predict("a,b\n0.3,0.7\n").out);
@@ -93,17 +95,17 @@ TEST_F(Predict, WritesAFile) {
 }
 
 TEST_F(Predict, ReadsStreams) {
-  Setup points;
+  Around points;
   points.input = "a,b\n0.3,0.7\n";
   EXPECT_EQ(zarel({"predict", model_, "-"}, points).out, predict(points.input).out);
-  Setup model;
+  Around model;
   model.inputFile = model_;
   EXPECT_EQ(zarel({"predict", "-", path("p.csv")}, model).out, predict(points.input).out);
   EXPECT_EQ(zarel({"predict", "-", "-"}, model).code, 2);
 }
 
 TEST_F(Predict, JsonIsOneDocumentWithTheRows) {
-  const Run run = predict("a,b\n0.3,0.7\n0.1,0.2\n", {"--json", "-e"});
+  const Outcome run = predict("a,b\n0.3,0.7\n0.1,0.2\n", {"--json", "-e"});
   ASSERT_EQ(run.code, 0) << run.err;
   const auto document = run.json();
   EXPECT_EQ(document["schema_version"], 1);
@@ -131,12 +133,12 @@ TEST_F(Predict, AWrongRowEndsWithItsPlace) {
     csv += "0.5,0.5\n";
   csv += "0.5,oops\n";
 
-  const Run run = predict(csv, {"-o", path("out.csv")});
+  const Outcome run = predict(csv, {"-o", path("out.csv")});
 
   EXPECT_EQ(run.code, 3);
   EXPECT_THAT(run.err, HasSubstr(path("p.csv") + ":20002: row 20001, column 2 (b)"));
   EXPECT_FALSE(exists("out.csv"));
-  const Run json = predict(csv, {"--json"});
+  const Outcome json = predict(csv, {"--json"});
   EXPECT_EQ(json.code, 3);
   const auto document = json.json();
   EXPECT_EQ(document["error"]["row"], 20001);
@@ -172,8 +174,8 @@ TEST_F(Predict, StreamsInBoundedMemory) {
   ASSERT_GT(std::filesystem::file_size(big), 45u << 20);
   writePoints(20000, "small.csv");
 
-  const Run small = zarel({"predict", model_, path("small.csv"), "-o", path("s.csv")});
-  const Run run = zarel({"predict", model_, big, "-o", path("o.csv")});
+  const Outcome small = zarel({"predict", model_, path("small.csv"), "-o", path("s.csv")});
+  const Outcome run = zarel({"predict", model_, big, "-o", path("o.csv")});
 
   EXPECT_EQ(run.code, 0) << run.err;
   EXPECT_GT(std::filesystem::file_size(path("o.csv")), 30u << 20);

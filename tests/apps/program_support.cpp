@@ -19,7 +19,7 @@ void redirect(const std::string& file, int target, int flags) {
   close(fd);
 }
 
-[[noreturn]] void become(const Words& words, const Setup& setup, const std::string& in,
+[[noreturn]] void become(const Words& words, const Around& setup, const std::string& in,
                          const std::string& out, const std::string& err) {
   redirect(in, STDIN_FILENO, O_RDONLY);
   redirect(out, STDOUT_FILENO, O_WRONLY | O_CREAT);
@@ -37,7 +37,7 @@ void redirect(const std::string& file, int target, int flags) {
 
 } // namespace
 
-Run Program::zarel(const Words& words, const Setup& setup) const {
+Outcome Program::zarel(const Words& words, const Around& setup) const {
   // Streams of the run lie in a folder of their own, so that tests can count files.
   char streams[] = "/tmp/zarel-run-XXXXXX";
   if (!mkdtemp(streams)) throw std::runtime_error("no temporary folder");
@@ -58,7 +58,7 @@ Run Program::zarel(const Words& words, const Setup& setup) const {
     std::ifstream file(name, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(file), {});
   };
-  Run run;
+  Outcome run;
   run.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   run.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
   if (setup.outputFile.empty()) run.out = contents(out);
@@ -68,24 +68,31 @@ Run Program::zarel(const Words& words, const Setup& setup) const {
   return run;
 }
 
-std::string Program::writeSamples(int side, const std::string& name) const {
+std::string Program::writeSamples(int count, const std::string& name) const {
   std::ostringstream text;
   text.precision(17);
   text << "a,b,y,z\n";
-  for (int i = 0; i < side; ++i) {
-    for (int j = 0; j < side; ++j) {
-      const double a = i / (side - 1.0);
-      const double b = j / (side - 1.0);
-      text << a << "," << b << "," << std::sin(3 * a) + b * b << "," << a * b << "\n";
-    }
+  for (int i = 0; i < count; ++i) {
+    double whole = 0;
+    const double a = std::modf(0.5 + i * 0.7548776662466927, &whole);
+    const double b = std::modf(0.5 + i * 0.5698402909980532, &whole);
+    text << a << "," << b << "," << exactY(a, b) << "," << exactZ(a, b) << "\n";
   }
   return write(name, text.str());
+}
+
+double exactY(double a, double b) {
+  return std::sin(3 * a) + std::cos(4 * b);
+}
+
+double exactZ(double a, double b) {
+  return 3 + b * std::exp(a);
 }
 
 std::string Program::fitModel(const std::string& name, const Words& more) const {
   Words words{"fit", writeSamples(), "--inputs", "2", "-o", path(name)};
   words.insert(words.end(), more.begin(), more.end());
-  const Run run = zarel(words);
+  const Outcome run = zarel(words);
   EXPECT_EQ(run.code, 0) << run.err;
   return path(name);
 }

@@ -15,7 +15,7 @@ namespace apptest {
 using Words = std::vector<std::string>;
 
 /** What a run left. */
-struct Run {
+struct Outcome {
   int code = -1;   ///< exit code, -1 after a signal
   int signal = 0;  ///< the signal that ended it, or 0
   std::string out; ///< standard output
@@ -26,7 +26,7 @@ struct Run {
 };
 
 /** How a run differs from the usual. */
-struct Setup {
+struct Around {
   std::string input;                    ///< on standard input
   std::string inputFile;                ///< instead of `input`
   std::string outputFile;               ///< standard output goes there instead of into `out`
@@ -38,10 +38,13 @@ struct Setup {
 /** Tests of the program, with samples to work on. */
 class Program : public InFolder {
 protected:
-  Run zarel(const Words& words, const Setup& setup = {}) const;
+  Outcome zarel(const Words& words, const Around& setup = {}) const;
 
-  /** Samples of y = sin(3 a) + b^2 and z = a b on a grid of side x side points in [0, 1]^2. */
-  std::string writeSamples(int side = 6, const std::string& name = "samples.csv") const;
+  /**
+   * Samples of `exactY` and `exactZ` at points spread over [0, 1]^2 by the sequence of multiples of
+   * the plastic number's powers; the first is (0.5, 0.5).
+   */
+  std::string writeSamples(int count = 36, const std::string& name = "samples.csv") const;
 
   /** Fits those samples and gives the model's path. */
   std::string fitModel(const std::string& name = "model.krg", const Words& more = {}) const;
@@ -49,6 +52,10 @@ protected:
   /** Points on a line, as CSV with the header a,b. */
   std::string writePoints(int count, const std::string& name = "points.csv") const;
 };
+
+/** The functions behind the samples. */
+double exactY(double a, double b);
+double exactZ(double a, double b);
 
 /** The numbers of a CSV text without quotes; the header is left out. */
 std::vector<std::vector<double>> numbersOf(const std::string& csv);

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-using apptest::Run;
+using apptest::Outcome;
 using apptest::Words;
 using ::testing::HasSubstr;
 using ::testing::MatchesRegex;
@@ -14,7 +14,7 @@ class Usage : public apptest::Program {
 protected:
   /** A wrong command line: code 2, words on standard error, nothing on standard output. */
   std::string wrong(const Words& words) {
-    const Run run = zarel(words);
+    const Outcome run = zarel(words);
     EXPECT_EQ(run.code, 2) << run.err;
     EXPECT_EQ(run.out, "");
     EXPECT_THAT(run.err, StartsWith("zarel: error: "));
@@ -23,7 +23,7 @@ protected:
 };
 
 TEST_F(Usage, VersionIsDataOnStandardOutput) {
-  const Run run = zarel({"--version"});
+  const Outcome run = zarel({"--version"});
   EXPECT_EQ(run.code, 0);
   EXPECT_THAT(run.out, StartsWith("zarel "));
   EXPECT_THAT(run.out, HasSubstr("BLAS"));
@@ -31,11 +31,11 @@ TEST_F(Usage, VersionIsDataOnStandardOutput) {
 }
 
 TEST_F(Usage, HelpTellsCommandsOptionsAndDefaults) {
-  const Run root = zarel({"--help"});
+  const Outcome root = zarel({"--help"});
   EXPECT_EQ(root.code, 0);
   for (const char* word : {"fit", "predict", "info", "--quiet", "--json", "--seed", "--force"})
     EXPECT_THAT(root.out, HasSubstr(word));
-  const Run fit = zarel({"fit", "--help"});
+  const Outcome fit = zarel({"fit", "--help"});
   EXPECT_EQ(fit.code, 0);
   for (const char* word : {"SAMPLES.csv", "--inputs", "--correlation", "gaussian", "--trend",
                            "--scaling", "--kernel", "--bounds", "0.01:20", "--groups"})
@@ -83,7 +83,7 @@ TEST_F(Usage, GlobalOptionsStandAnywhere) {
   const std::string samples = writeSamples();
   for (const Words& words : {Words{"--quiet", "fit", samples, "--inputs", "2", "-o", path("a")},
                              Words{"fit", samples, "--inputs", "2", "-o", path("b"), "--quiet"}}) {
-    const Run run = zarel(words);
+    const Outcome run = zarel(words);
     EXPECT_EQ(run.code, 0) << run.err;
     EXPECT_EQ(run.err, "");
   }
@@ -92,7 +92,7 @@ TEST_F(Usage, GlobalOptionsStandAnywhere) {
 TEST_F(Usage, ErrorsAreJsonToo) {
   for (const Words& words : {Words{"--json", "fit"}, Words{"--json", "nonsense"},
                              Words{"fit", "--json", "--nonsense"}}) {
-    const Run run = zarel(words);
+    const Outcome run = zarel(words);
     EXPECT_EQ(run.code, 2);
     const auto document = run.json();
     EXPECT_EQ(document["schema_version"], 1);
@@ -107,7 +107,7 @@ TEST_F(Usage, AFileOfOptionsIsRead) {
       write("fit.toml", "quiet = true\n\n[fit]\ncorrelation = \"matern52\"\ntrend = \"linear\"\n"
                         "theta = \"2.5,3\"\nno-optimise = true\ngroups = \"all\"\n");
 
-  const Run fit = zarel({"--config", config, "fit", samples, "--inputs", "2", "-o", path("m")});
+  const Outcome fit = zarel({"--config", config, "fit", samples, "--inputs", "2", "-o", path("m")});
 
   EXPECT_EQ(fit.code, 0) << fit.err;
   EXPECT_EQ(fit.err, "");
@@ -119,8 +119,8 @@ TEST_F(Usage, AFileOfOptionsIsRead) {
 
 TEST_F(Usage, TheCommandLineBeatsTheFile) {
   const std::string config = write("c.toml", "[fit]\ncorrelation = \"cubic\"\n");
-  const Run run = zarel({"--config", config, "fit", writeSamples(), "--inputs", "2", "-o",
-                         path("m"), "--correlation", "spline"});
+  const Outcome run = zarel({"--config", config, "fit", writeSamples(), "--inputs", "2", "-o",
+                             path("m"), "--correlation", "spline"});
   EXPECT_EQ(run.code, 0) << run.err;
   EXPECT_EQ(zarel({"info", path("m"), "--json"}).json()["models"][0]["correlation"], "spline");
 }
@@ -143,7 +143,7 @@ TEST_F(Usage, AFileOfOptionsIsCheckedLikeTheCommandLine) {
 
 TEST_F(Usage, OptionsOfOtherCommandsMayStandInTheFile) {
   const std::string config = write("c.toml", "[fit]\ncorrelation = \"cubic\"\n");
-  const Run run = zarel({"info", fitModel(), "--config", config});
+  const Outcome run = zarel({"info", fitModel(), "--config", config});
   EXPECT_EQ(run.code, 0) << run.err;
 }
 
