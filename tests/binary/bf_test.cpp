@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "binary/fixture.h"
+#include "support/FailingAllocation.h"
 
 namespace binary_test {
 
@@ -270,6 +271,27 @@ TEST_F(Bf, ExceptionsAreASet) {
   RemFileException(stdout);
   RemFileException(stdout);
   EXPECT_FALSE(IsFileException(stdout));
+}
+
+TEST_F(Bf, SetLivesFromTheFirstExceptionToTheLast) {
+  // A first exception takes the set and its entry, a further one an entry alone.
+  const auto allocations = [&] {
+    return support::forEachFailingAllocation([&] {
+      AddFileException(stdout);
+      RemFileException(stdout);
+    });
+  };
+  EXPECT_EQ(allocations(), 2);
+  EXPECT_EQ(allocations(), 2) << "the set went with its last entry";
+  AddFileException(file);
+  EXPECT_EQ(allocations(), 1);
+  RemFileException(file);
+
+  const support::FailingAllocation failing(1);
+  const int known = IsFileException(file);
+  RemFileException(file);
+  EXPECT_FALSE(support::FailingAllocation::happened()) << "asking takes no memory";
+  EXPECT_FALSE(known);
 }
 
 TEST_F(Bf, OrderIsToldForTheNullStream) {

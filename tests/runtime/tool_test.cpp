@@ -1,6 +1,8 @@
 // Tools: the table, the filters, the way of a message, the standard streams.
 #include <climits>
+#include <cstdlib>
 #include <functional>
+#include <unistd.h>
 
 #include "runtime/fixture.h"
 #include "support/FailingAllocation.h"
@@ -425,6 +427,27 @@ TEST_F(Tool, SafeDisplayIsTheErrorBox) {
   C_MessageTool::SafeDisplay("%d %s", 4, "words");
   C_MessageTool::SafeDisplay("%s", std::string(3000, 'x').c_str());
   EXPECT_EQ(boxes, (Lines{"Error: 4 words", "Error: " + std::string(1023, 'x')}));
+}
+
+// Runs after the table's end, since it is registered before the table's beginning.
+void afterTheEnd() {
+  const bool gone = !C_MessageTool::HasInstance("own") && !C_MessageTool::LastInstance();
+  const bool usable = C_MessageTool::Instance("own") != nullptr;
+  _exit(gone && usable ? 0 : 1);
+}
+
+TEST(ToolDeathTest, ProcessEndDeletesEveryTool) {
+  testing::FLAGS_gtest_death_test_style = "threadsafe";
+  EXPECT_EXIT(
+      {
+        std::atexit(afterTheEnd);
+        C_DevNullCtrl devNull;
+        C_MessageTool::Instance("own")->setMessageStreamCtrl(&devNull, ALL_STREAMS);
+        C_MessageTool::Instance("own")->Initialize();
+        C_MessageTool::Instance("own");
+        std::exit(3);
+      },
+      testing::ExitedWithCode(0), "");
 }
 
 // What the boxes say when each allocation of a call fails in turn and there is no tool before.
