@@ -1,5 +1,6 @@
 #include <zarel/zarelmem.h>
 
+#include <cstdint>
 #include <cstdlib>
 
 #include "memory/allocator.h"
@@ -22,6 +23,7 @@ void* zarelmem_malloc(size_t size, const char*, int, const char*, int) {
 
 void* zarelmem_calloc(size_t number, size_t size, const char*, int, const char*, int) {
   const bool none = number == 0 || size == 0;
+  if (!none && number > SIZE_MAX / size) return nullptr;
   return none ? allocator().calloc(1, 1) : allocator().calloc(number, size);
 }
 

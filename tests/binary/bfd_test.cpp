@@ -50,7 +50,7 @@ std::string imageOf(const std::vector<T>& values, bool reversed) {
 
 using Scalars = testing::Types<char, short, int, float, double, __int64, std::complex<float>,
                                std::complex<double>>;
-TYPED_TEST_SUITE(Bfd, Scalars);
+TYPED_TEST_SUITE(Bfd, Scalars, );
 
 TYPED_TEST(Bfd, DescriptorFormsFollowTheArgument) {
   const auto values = this->values();
