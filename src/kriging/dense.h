@@ -18,9 +18,9 @@ using Complex = std::complex<double>;
 using LongBuffer = C_VecPi<double, __int64, C_PtrInCore<double, __int64>>;
 
 template <class T>
-constexpr bool isComplexScalar = false;
+inline constexpr bool isComplexScalar = false;
 template <>
-constexpr bool isComplexScalar<Complex> = true;
+inline constexpr bool isComplexScalar<Complex> = true;
 
 /** How many doubles a scalar is made of. */
 template <class T>
