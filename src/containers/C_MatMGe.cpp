@@ -54,12 +54,12 @@ bool isSymmetric(const C_Mat<T>& matrix) {
 } // namespace
 
 template <class T>
-C_MatMGe<T>::C_MatMGe(int rows, int columns) {
+C_MatMGe<T>::C_MatMGe(int rows, int columns) : C_MatMGe() { // whose destructor frees the table
   Resize(rows, columns);
 }
 
 template <class T>
-C_MatMGe<T>::C_MatMGe(int rows, int columns, T* data, int lead) {
+C_MatMGe<T>::C_MatMGe(int rows, int columns, T* data, int lead) : C_MatMGe() {
   if (rows < 0 || columns < 0) fail(2);
   if (lead == -1) lead = rows;
   reserveTable(columns);
