@@ -630,6 +630,8 @@ protected:
   int ScaleSampleData(Matrix& Xs, Matrix& Ys);
   /// Points in the scaling of the last fit.
   int ScalePoints(Matrix& X, Matrix& scaled);
+  /// The same for `rows` rows of X from `first` on.
+  void ScaleBlock(Matrix& X, int first, int rows, Matrix& points);
   /// Predictions in the units of the outputs.
   int ScaleBack(Matrix& Y);
 

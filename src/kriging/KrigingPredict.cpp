@@ -47,7 +47,34 @@ void addCorrelated(int rows, int m, int q, double* C, int ldc, Zarel::Complex* g
           Zarel::Complex(out[2L * j * rows + i], out[(2L * j + 1) * rows + i]);
 }
 
+/** corr (points x samples) := correlations of all points with all samples. */
+template <class T>
+void correlateBlock(Zarel::Correlator<T>& correlate, const Zarel::PointPlanes<T>& samples,
+                    const Zarel::PointPlanes<T>& points, C_MatMGe<double>& corr,
+                    C_VecPi<double, int, C_PtrInCore<double, int>>& row) {
+  if (points.count() >= fewPoints) {
+    for (int s = 0; s < samples.count(); ++s)
+      correlate.run(samples, s, points, 0, points.count(), corr[s]);
+    return;
+  }
+  for (int i = 0; i < points.count(); ++i) {
+    correlate.run(points, i, samples, 0, samples.count(), row.Adr(0));
+    for (int s = 0; s < samples.count(); ++s)
+      corr[s][i] = row.Adr(0)[s];
+  }
+}
+
 } // namespace
+
+template <class T>
+void Kriging<T>::ScaleBlock(Matrix& X, int first, int rows, Matrix& points) {
+  points.Resize(rows, NumVar);
+  for (int k = 0; k < NumVar; ++k)
+    if (Zarel::scalesInputs(ScalingType))
+      Zarel::scaleColumn(X[k] + first, rows, InpScaleVec[k], InpInterceptVec[k], points[k]);
+    else
+      std::copy(X[k] + first, X[k] + first + rows, points[k]);
+}
 
 template <class T>
 int Kriging<T>::ScalePoints(Matrix& X, Matrix& scaled) {
@@ -104,23 +131,10 @@ int Kriging<T>::PredictPoints(Matrix& X, Matrix& Y, RealMatrix* E) {
   Zarel::LongBuffer parts;
   for (int first = 0; first < count; first += blockOfPoints) {
     const int rows = std::min(blockOfPoints, count - first);
-    points.Resize(rows, NumVar);
     corr.Resize(rows, NumSamp);
-    for (int k = 0; k < NumVar; ++k)
-      if (Zarel::scalesInputs(ScalingType))
-        Zarel::scaleColumn(X[k] + first, rows, InpScaleVec[k], InpInterceptVec[k], points[k]);
-      else
-        std::copy(X[k] + first, X[k] + first + rows, points[k]);
+    ScaleBlock(X, first, rows, points);
     pointPlanes.assign(points.Adr(), rows, rows, NumVar);
-    if (rows >= fewPoints)
-      for (int s = 0; s < NumSamp; ++s)
-        correlate.run(samplePlanes, s, pointPlanes, 0, rows, corr[s]);
-    else
-      for (int i = 0; i < rows; ++i) {
-        correlate.run(pointPlanes, i, samplePlanes, 0, NumSamp, row.Adr(0));
-        for (int s = 0; s < NumSamp; ++s)
-          corr[s][i] = row.Adr(0)[s];
-      }
+    correlateBlock(correlate, samplePlanes, pointPlanes, corr, row);
     T* const values = Y.Adr() + first;
     addCorrelated(rows, NumSamp, NumSol, corr.Adr(), rows, CorrCoeff.Adr(), CorrCoeff.LeadDim(),
                   values, Y.LeadDim(), parts);
