@@ -230,6 +230,7 @@ void C_MatMGe<T>::growRows(int rows) {
   Marks moved(marksFor(std::max(rows, lead_), columns));
   reserveTable(std::max({rows, lead_, columns}));
   values_.Resize(std::max(values_.Dim(), static_cast<__int64>(rows) * columns));
+  setShape(oldRows, columns, lead_); // the block may have moved
   if (!packed()) Resize(lead_, columns);
   transposeWith(moved);
   Resize(columns, rows);

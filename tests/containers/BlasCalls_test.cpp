@@ -4,6 +4,7 @@
 #include <dlfcn.h>
 
 #include "containers/support.h"
+#include "support/Capture.h"
 
 namespace {
 
@@ -38,6 +39,19 @@ ZAREL_COUNTED(void, dcopy_,
               (n, x, ix, y, iy))
 ZAREL_COUNTED(int, idamax_, (const int* n, const double* x, const int* ix), (n, x, ix))
 
+/** Refuses a leading dimension as the reference routine does, where OpenBLAS answers info 0. */
+extern "C" void dgetrs_(const char* trans, const int* n, const int* nrhs, const double* a,
+                        const int* lda, const int* ipiv, double* b, const int* ldb, int* info,
+                        std::size_t length) {
+  if (*lda < *n) {
+    *info = -5;
+    return;
+  }
+  counted<void(const char*, const int*, const int*, const double*, const int*, const int*, double*,
+               const int*, int*, std::size_t)>("dgetrs_")(trans, n, nrhs, a, lda, ipiv, b, ldb,
+                                                          info, length);
+}
+
 namespace {
 
 template <class Operation>
@@ -71,6 +85,19 @@ TEST(BlasCalls, OfMatricesWithoutAGapAreOne) {
   EXPECT_EQ(callsOf([&] { a.Axpy(b, 2.0); }), (Calls{{"daxpy_", 1}}));
   EXPECT_EQ(callsOf([&] { a *= 2.0; }), (Calls{{"dscal_", 1}}));
   EXPECT_EQ(callsOf([&] { a *= 1.0; }), Calls{});
+}
+
+// The text names the factorisation, though it is the solver that was refused.
+TEST(LapackCalls, ARefusedSolveIsSaidAndThrows2875) {
+  double block[4] = {1, 2, 3, 4};
+  C_MatMGe<double> crooked(2, 2, block, 1); // a leading dimension below the rows
+  Pivots pivots(2, 1);
+  VecOf<double> b(2, 1.0);
+
+  const support::Captured said = support::capture(
+      [&] { EXPECT_EQ(codeOf([&] { crooked.Solve(pivots, &b, nullptr); }), 2875); });
+
+  EXPECT_EQ(said.err, "Lapack call getrf() failed: info5is an invalid value.\n");
 }
 
 } // namespace
