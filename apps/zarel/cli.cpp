@@ -3,13 +3,10 @@
 #include "interrupt.h"
 #include "library.h"
 #include "option_values.h"
+#include "refine/refine.h"
 #include "report.h"
 #include "suggest.h"
 #include "version.h"
-
-#ifdef ZAREL_APP_REFINE
-#include "refine/refine.h"
-#endif
 
 #include <algorithm>
 #include <exception>
@@ -162,9 +159,7 @@ void parseAndRun(Globals& globals, int argc, char** argv) {
   addFit(root, globals);
   addPredict(root, globals);
   addInfo(root, globals);
-#ifdef ZAREL_APP_REFINE
   addRefine(root, globals);
-#endif
   parse(root, globals, argc, argv);
   globals.console.setQuiet(globals.quiet);
   if (globals.action) globals.action();
