@@ -6,11 +6,13 @@
 #include "refine/refine.h"
 #include "report.h"
 #include "suggest.h"
+#include "toml_config.h"
 #include "version.h"
 
 #include <algorithm>
 #include <exception>
 #include <limits>
+#include <memory>
 #include <new>
 
 namespace app {
@@ -35,6 +37,7 @@ void addGlobals(CLI::App& root, Globals& globals) {
       "-V,--version", [] { throw CLI::CallForVersion("", 0); },
       "Print the version and the BLAS in use");
   root.set_config("--config", "", "Options from a TOML file; a command's stand in its section");
+  root.config_formatter(std::make_shared<TomlConfig>());
   root.allow_config_extras(CLI::config_extras_mode::error);
 }
 

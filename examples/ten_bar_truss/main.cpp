@@ -90,7 +90,7 @@ void sample(int count, unsigned seed, double low, double high) {
 struct SampleOptions {
   int count = 0;
   unsigned seed = 1;
-  double low = 5.0;
+  double low = 10.0;
   double high = 35.0;
 };
 

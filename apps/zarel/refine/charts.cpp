@@ -244,12 +244,12 @@ std::string chartStyle() {
 }
 
 Chart errorChart(const std::vector<RoundRecord>& rounds, double target) {
-  Chart chart{760, 390, {}};
+  Chart chart{1060, 400, {}};
   const std::vector<Series> all = errorSeries(rounds);
   const auto [low, high] = errorRange(all, target);
   const int first = rounds.empty() ? 0 : rounds.front().samples;
   const int last = rounds.empty() ? 1 : std::max(rounds.back().samples, first + 1);
-  Frame frame{64, 44, 540, 286, linearAxis(first, last, 8), logAxis(low, high)};
+  Frame frame{64, 44, 830, 296, linearAxis(first, last, 8), logAxis(low, high)};
   frame.xAxis.low = first;
   frame.xAxis.high = last;
   auto& ticks = frame.xAxis.ticks;
@@ -274,7 +274,7 @@ Chart scatterChart(const Comparison& comparison, std::size_t output, const std::
   Chart chart{340, 350, {}};
   const auto [low, high] = valueRange(comparison, output);
   const Axis axis = linearAxis(low, high, 4);
-  const Frame frame{64, 44, 264, 256, axis, axis};
+  const Frame frame{64, 56, 252, 244, axis, axis};
   const double r2 = comparison.measures.r2[output];
   chart.body += text(0, 18, "head", name);
   chart.body += text(frame.right(), 18, "tick end", "R² = " + roundedText(r2, 5));

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 namespace app::refine {
 namespace {
@@ -168,8 +169,23 @@ void Engine::buildModel() {
     samples.outputs.values.insert(samples.outputs.values.end(), initial.y[i].begin(),
                                   initial.y[i].end());
   }
-  checkSamples(samples, settings_.options.model, console_);
+  ModelOptions carried = settings_.options.model;
+  noteTrend(carried, static_cast<long long>(initial.x.size()));
+  checkSamples(samples, carried, console_);
   model_ = std::make_unique<RoundModel>(samples, settings_.options.model, settings_.testPoints);
+}
+
+/// Takes the trends down to what the initial samples carry, and says so.
+void Engine::noteTrend(ModelOptions& options, long long samples) const {
+  const auto inputs = static_cast<long long>(settings_.variables.size());
+  for (int& trend : options.trend) {
+    const int wanted = std::exchange(trend, carriedTrend(trend, inputs, samples));
+    if (trend == wanted) continue;
+    const long long terms = trendTerms(wanted, inputs);
+    console_.note("the " + nameOf(trendNames(), wanted) + " trend has " + std::to_string(terms) +
+                  " terms and is used from " + std::to_string(2 * terms) + " samples on; the " +
+                  nameOf(trendNames(), trend) + " one begins");
+  }
 }
 
 /// Brings the models to where an earlier process left them: the same samples in the same steps,
@@ -224,7 +240,7 @@ void Engine::closeRound(double seconds) {
   record.theta = model_->theta();
   record.fitSeconds = fitSeconds_;
   record.seconds = seconds;
-  model_->save(study_.path("study.model"));
+  model_->save(study_.path("study.krg"));
   study_.recordRound(std::move(record));
   roundEnded_(lastRound(), true);
 }

@@ -55,6 +55,7 @@ private:
   void simulate(const Plan& plan);
   void requireFewFailures() const;
   void buildModel();
+  void noteTrend(ModelOptions& options, long long samples) const;
   void replayRounds();
   void appendPlan(const Plan& plan);
   void fitRound();

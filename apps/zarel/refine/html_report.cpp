@@ -25,7 +25,8 @@ h1 { font-size: 1.7rem; margin: 0; } h2 { font-size: 1.15rem; margin: 2.2rem 0 .
 .lead { margin: .2rem 0 1.4rem; } .note { font-size: .87rem; margin: .4rem 0 0; max-width: 48rem; }
 .row { display: flex; flex-wrap: wrap; gap: 1rem; }
 .card { border: 1px solid; border-radius: 10px; padding: 1rem 1.2rem; }
-.figure { flex: 1 1 8rem; } .value { display: block; font-size: 1.5rem; font-weight: 600; }
+.row > .card { flex: 1 1 17rem; } .row > .figure { flex: 1 1 8rem; }
+h3 { margin: 0 0 .6rem; font-size: 1rem; overflow-wrap: anywhere; } .value { display: block; font-size: 1.5rem; font-weight: 600; }
 .scroll { overflow-x: auto; }
 table { border-collapse: collapse; font-variant-numeric: tabular-nums; width: 100%; }
 th, td { text-align: right; padding: .35rem .7rem; border-bottom: 1px solid; white-space: nowrap; }
@@ -111,11 +112,12 @@ std::string modelCard(const ModelFacts& facts, const std::vector<std::string>& i
   std::string outputs;
   for (const std::string& name : facts.outputs)
     outputs += (outputs.empty() ? "" : ", ") + xmlText(name);
-  std::string terms = term("correlation", nameOf(correlationNames(), facts.correlation)) +
-                      term("trend", nameOf(trendNames(), facts.trend) + ", " +
-                                        std::to_string(facts.terms) + " terms") +
-                      term("scaling", nameOf(scalingNames(), facts.scaling)) +
-                      term("multipliers", nameOf(kernelNames(), facts.kernel));
+  std::string terms =
+      term("correlation", nameOf(correlationNames(), facts.correlation)) +
+      term("trend", nameOf(trendNames(), facts.trend) + ", " + std::to_string(facts.terms) +
+                        (facts.terms == 1 ? " term" : " terms")) +
+      term("scaling", nameOf(scalingNames(), facts.scaling)) +
+      term("multipliers", nameOf(kernelNames(), facts.kernel));
   return element("div class=\"card\"", element("h3", outputs) + element("dl", terms) +
                                            inlineSvg(multiplierChart(facts.theta, inputs),
                                                      "kernel multipliers of " + facts.outputs[0]));

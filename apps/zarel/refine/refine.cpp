@@ -23,6 +23,7 @@ void addStudyOptions(CLI::App& command, Options& options) {
   const std::string group = "Study";
   command.add_option("--study", options.study, "Folder of the study; made if it is not there")
       ->type_name("FOLDER")
+      ->take_last()
       ->group(group);
   command
       .add_option("--input", options.inputs,
@@ -33,17 +34,20 @@ void addStudyOptions(CLI::App& command, Options& options) {
       .add_option("--outputs", options.outputs,
                   "Columns of the simulation's results to be modelled, between commas")
       ->type_name("NAME,...")
+      ->take_last()
       ->group(group);
   command
       .add_option("--samples", options.samplesFile,
                   "CSV file of initial samples; with the outputs, or without them to be simulated")
       ->type_name("FILE")
+      ->take_last()
       ->group(group);
   addInteger(command, "--initial", options.initial,
              "Initial samples to draw when no file gives them; 0 for ten an input", 0, largestCount)
       ->group(group);
   command.add_option("--tests", options.testFile, "CSV file of test points: the candidates")
       ->type_name("FILE")
+      ->take_last()
       ->group(group);
   addInteger(command, "--test-points", options.testPoints,
              "Test points to draw when no file gives them; 0 for a hundred an input, at least 500",
@@ -53,6 +57,7 @@ void addStudyOptions(CLI::App& command, Options& options) {
       .add_option("--validation", options.validationFile,
                   "CSV file of points with outputs that measure the models and are never fitted")
       ->type_name("FILE")
+      ->take_last()
       ->group(group);
 }
 
@@ -84,6 +89,7 @@ void addSimulationOptions(CLI::App& command, Options& options) {
           "How the simulation is called, without a shell; {points} is the CSV file to read, "
           "{results} the one to write, {cwd} the folder in which zarel was started")
       ->type_name("COMMAND")
+      ->take_last()
       ->group(group);
   addInteger(command, "-j,--jobs", options.jobs, "Simulations that run at the same time", 1, 4096)
       ->group(group);
@@ -210,7 +216,7 @@ private:
     std::string text = "\n";
     for (const ModelFacts& facts : reportData().models)
       text += factsText(facts) + '\n';
-    printData(text + "\nmodel   " + study_->path("study.model") + "\nreport  " +
+    printData(text + "\nmodel   " + study_->path("study.krg") + "\nreport  " +
               study_->path("report.html") + '\n');
   }
 

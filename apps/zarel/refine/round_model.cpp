@@ -39,6 +39,12 @@ double determination(const std::vector<Row>& simulated, const std::vector<Row>& 
 
 } // namespace
 
+int carriedTrend(int wanted, long long inputs, long long samples) {
+  while (wanted > E_PolyConst && 2 * trendTerms(wanted, inputs) > samples)
+    --wanted;
+  return wanted;
+}
+
 RoundModel::RoundModel(const Samples& samples, const ModelOptions& options,
                        const std::vector<Row>& testPoints)
     : options_(options), testPoints_(testPoints) {
@@ -56,11 +62,16 @@ void RoundModel::fit(Console& console) {
   fitModels(list_, notes_, console);
 }
 
-/// A fit of few samples reduces the trend for good; each round asks again for the wanted one.
+/// Asked for anew in each round: the samples may carry more than before, and a fit that finds them
+/// too few for a trend reduces it for good.
 void RoundModel::putTrend() {
-  for (int i = 0; i < modelCount(list_); ++i)
-    must(list_.PutPolynomType(valueFor(options_.trend, static_cast<std::size_t>(i)), i),
-         "choosing the trend");
+  int samples = 0;
+  list_.GetNumSamp(samples);
+  const auto inputs = static_cast<long long>(notes_.inputs.size());
+  for (int i = 0; i < modelCount(list_); ++i) {
+    const int wanted = valueFor(options_.trend, static_cast<std::size_t>(i));
+    must(list_.PutPolynomType(carriedTrend(wanted, inputs, samples), i), "choosing the trend");
+  }
 }
 
 void RoundModel::restore(const std::vector<double>& theta, Console& console) {

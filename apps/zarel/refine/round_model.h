@@ -38,6 +38,13 @@ struct Comparison {
   Validation measures;
 };
 
+/**
+ * The richest trend, up to the wanted one, that has at most half as many terms as there are
+ * samples. With as many terms as samples a fit has no residual left, and would report errors of
+ * zero: a study would believe that it has reached its target.
+ */
+int carriedTrend(int wanted, long long inputs, long long samples);
+
 /** Owns the list of models and its samples. */
 class RoundModel {
 public:

@@ -17,16 +17,18 @@ std::string right(const std::string& text, std::size_t width) {
   return std::string(shown < width ? width - shown : 0, ' ') + text;
 }
 
-std::string percent(double share) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%.3g %%", 100 * share);
-  return std::isfinite(share) ? text : "-";
-}
-
 std::string fixed(double value, int decimals) {
   char text[64];
   std::snprintf(text, sizeof text, "%.*f", decimals, value);
   return std::isfinite(value) ? text : "-";
+}
+
+/// Three digits, with a fixed place for the point as far as that goes.
+std::string percent(double share) {
+  const double value = 100 * share;
+  if (!std::isfinite(value)) return "-";
+  if (value != 0 && value < 0.01) return roundedText(value, 2) + " %";
+  return fixed(value, value < 10 ? 2 : value < 100 ? 1 : 0) + " %";
 }
 
 Json numberOrNull(double value) {
@@ -82,10 +84,14 @@ void writeRows(const std::string& path, const std::vector<std::string>& names,
 } // namespace
 
 std::string tableHead(bool validation) {
-  return std::string("round  samples  failed    predicted error") +
-         (validation ? "   validation error        R²" : "") + "    seconds\n" +
-         std::string("                        largest   typical") +
-         (validation ? "   largest   typical  smallest" : "") + "\n";
+  std::string first =
+      right("round", 5) + right("samples", 9) + right("failed", 8) + right("predicted error", 19);
+  std::string second = right("", 22) + right("largest", 9) + right("typical", 10);
+  if (validation) {
+    first += right("validation error", 20) + right("R²", 10);
+    second += right("largest", 10) + right("typical", 10) + right("smallest", 10);
+  }
+  return first + right("seconds", 11) + '\n' + second + '\n';
 }
 
 std::string tableRow(std::size_t round, const RoundRecord& record) {
@@ -115,7 +121,7 @@ void addToDocument(Json& document, const ReportData& data) {
   for (const ModelFacts& facts : data.models)
     document["models"].push_back(factsJson(facts));
   document["failed"] = failedJson(data.settings, study);
-  document["files"] = {{"model", study.path("study.model")},
+  document["files"] = {{"model", study.path("study.krg")},
                        {"samples", study.path("samples.csv")},
                        {"failed", study.path("failed.csv")},
                        {"report", study.path("report.html")},
