@@ -21,7 +21,7 @@ const char* const journalName = "journal.log";
 const char* const lockName = "lock";
 /// All that a study keeps in its folder.
 const char* const ourNames[] = {journalName,  lockName,      "work",
-                                "failed",     "study.krg", "report.html",
+                                "failed",     "study.krg",   "report.html",
                                 "report.svg", "samples.csv", "failed.csv"};
 
 [[noreturn]] void failDamaged(const std::string& what) {
