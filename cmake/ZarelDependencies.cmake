@@ -1,5 +1,8 @@
 # BLAS and LAPACK come through the system's generic names, so the machine's alternatives decide
 # which implementation is used; ARPACK is arpack-ng.
+if(NOT DEFINED BLA_VENDOR)
+  set(BLA_VENDOR Generic)
+endif()
 find_package(BLAS REQUIRED)
 find_package(LAPACK REQUIRED)
 find_library(ZAREL_ARPACK_LIBRARY arpack REQUIRED)

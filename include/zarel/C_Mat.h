@@ -29,7 +29,7 @@ public:
   C_GenericMat(int rows = 0, int columns = 0) : rows_(rows), columns_(columns) {}
   C_GenericMat(const C_GenericMat&) = default;
   C_GenericMat& operator=(const C_GenericMat&) = default;
-  virtual ~C_GenericMat();
+  ~C_GenericMat() override;
 
   /** Returns the bytes of all stored values, as an `int`. */
   virtual int MemSize() const = 0;

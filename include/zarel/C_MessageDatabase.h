@@ -38,7 +38,7 @@ public:
   int GetMessage(std::string& text, int id, ...);
 
   /** Tells whether a path can be examined and is a regular file. */
-  static bool _isValidFileName(std::string name);
+  static bool _isValidFileName(const std::string& name);
 
 private:
   E_CodeLang _language;

@@ -24,7 +24,7 @@ public:
   C_Ptr() = default;
   C_Ptr(const C_Ptr&) = default;
   C_Ptr& operator=(const C_Ptr&) = default;
-  virtual ~C_Ptr();
+  ~C_Ptr() override;
 
   /** Returns a new storage object that begins at value `first`; the caller deletes it. Null here.
    */

@@ -35,7 +35,7 @@ public:
   explicit C_BaseVec(I dimension = 0) : dim_(dimension) {}
   C_BaseVec(const C_BaseVec&) = default;
   C_BaseVec& operator=(const C_BaseVec&) = default;
-  virtual ~C_BaseVec();
+  ~C_BaseVec() override;
 
   /** Returns the bytes of all values, as an `int`. */
   virtual int MemSize() const = 0;

@@ -51,6 +51,7 @@ C_CallStack::C_CallStack(const C_CallStack& other) : _entries(other._entries), _
 }
 
 C_CallStack& C_CallStack::operator=(const C_CallStack& other) {
+  if (this == &other) return *this;
   _entries = other._entries;
   _mark = other._mark;
   MarkTop();

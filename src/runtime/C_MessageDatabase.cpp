@@ -23,7 +23,7 @@ int C_MessageDatabase::GetMessage(std::string& text, int id, ...) {
   return GetMessage(text, id, static_cast<char**>(nullptr));
 }
 
-bool C_MessageDatabase::_isValidFileName(std::string name) {
+bool C_MessageDatabase::_isValidFileName(const std::string& name) {
   return isRegularFile(name);
 }
 

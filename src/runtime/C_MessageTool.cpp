@@ -75,7 +75,7 @@ C_MessageTool* C_MessageTool::Instance(const std::string& key) {
     TableKey copy = copyOfKey(key);
     std::unique_ptr<C_MessageTool> tool(new C_MessageTool(key));
     tools.emplace(copy.get(), tool.get());
-    copy.release();
+    static_cast<void>(copy.release()); // the table owns it now
     return tool.release();
   } catch (const std::bad_alloc&) {
     return nullptr;

@@ -22,7 +22,7 @@ std::string fallbackFile() {
 }
 
 std::string loadFailure(const C_ZarelException& exception) {
-  const std::string report = "Cannot load messages database";
+  std::string report = "Cannot load messages database";
   switch (static_cast<int>(exception.getExceptionCode())) {
   case 102:
     return report + ": invalid filename";
