@@ -18,9 +18,11 @@ bool hasFullRank(C_MatMGe<T>& F) {
   const int terms = F.NbCol();
   if (rows < terms) return false; // the missing singular values count as below the level
   const int lwork = std::max(3 * terms + rows, 5 * terms);
-  C_MatMGe<T> copy(rows, terms);
+  // A column more than is used: OpenBLAS's zgemv for Haswell reads one step past its vector, which
+  // here is a row, and the step a column. Copying keeps the larger block.
+  C_MatMGe<T> copy(rows, terms + 1);
   copy.Copy(F);
-  C_MatMGe<T> right(terms, terms);
+  C_MatMGe<T> right(terms, terms + 1);
   C_VecPi<T, int, C_PtrInCore<T, int>> work(lwork);
   C_VecPi<double, int, C_PtrInCore<double, int>> values(terms, 1e-20);
   Zarel::singularValues(rows, terms, copy.Adr(), values.Adr(0), right.Adr(), work.Adr(0), lwork);
