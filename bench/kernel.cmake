@@ -1,0 +1,1 @@
+zarel_bench(kernel_bench SOURCES kernel.cpp)
