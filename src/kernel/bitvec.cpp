@@ -134,7 +134,7 @@ int insertInRuns(const Call& call, BVEC* bv, int i) {
     return -1;
   }
   if (!growIfFull(call, bv)) {
-    call.pass();
+    call.refuse();
     return -1;
   }
   bv->starts->ive[bv->count] = bv->ends->ive[bv->count] = i;
@@ -148,7 +148,7 @@ int insertInEntries(const Call& call, BVEC* bv, int i) {
     return -1;
   }
   if (!growIfFull(call, bv)) {
-    call.pass();
+    call.refuse();
     return -1;
   }
   bv->bits->ive[bv->count++] = i;

@@ -259,12 +259,12 @@ TEST_F(BitVectors, SetsOfTwoSetsMatchTheModel) {
       forEachSet(dim, [&](const Own<BVEC>& b, const Model& mb, int kb) {
         const bool aAll = ka == LM_BV_TOUT, bAll = kb == LM_BV_TOUT;
         const auto u = own(LM_bv_union(a.get(), b.get(), nullptr, 0, nullptr, &status));
-        expectIs(u.get(), combined(ma, mb, orRule), aAll || bAll ? int(LM_BV_TOUT) : ka);
+        expectIs(u.get(), combined(ma, mb, &orRule), aAll || bAll ? int(LM_BV_TOUT) : ka);
         const auto n = own(LM_bv_inter(a.get(), b.get(), nullptr, 0, nullptr, &status));
         expectIs(n.get(), combined(ma, mb, andRule), aAll ? kb : ka);
         for (const auto& [change, rule] :
-             {std::pair(LM_bv_ou_dans_bv, orRule), std::pair(LM_bv_off1_to_on2, onRule),
-              std::pair(LM_bv_on1_to_off2, offRule)}) {
+             {std::pair(&LM_bv_ou_dans_bv, &orRule), std::pair(&LM_bv_off1_to_on2, &onRule),
+              std::pair(&LM_bv_on1_to_off2, &offRule)}) {
           auto target = own(LM_bv_copy(b.get(), nullptr, 0, nullptr, &status));
           const Model expected = combined(ma, mb, rule);
           BVEC* const changed = change(a.get(), target.get(), 0, nullptr, &status);
@@ -286,8 +286,8 @@ TEST_F(BitVectors, SetsOfTwoSetsMatchTheModel) {
 
 TEST_F(BitVectors, IntersectionByKindTakesThatKindOnly) {
   const auto byKind = {
-      std::pair(LM_BV_BLOC, LM_bv_inter_bloc), std::pair(LM_BV_CODAGE, LM_bv_inter_codage),
-      std::pair(LM_BV_DIRECT, LM_bv_inter_direct), std::pair(LM_BV_IVEC, LM_bv_inter_ivec)};
+      std::pair(LM_BV_BLOC, &LM_bv_inter_bloc), std::pair(LM_BV_CODAGE, &LM_bv_inter_codage),
+      std::pair(LM_BV_DIRECT, &LM_bv_inter_direct), std::pair(LM_BV_IVEC, &LM_bv_inter_ivec)};
   const auto all = models(50);
   for (const auto& [kind, inter] : byKind)
     for (const int other : kinds) {
@@ -306,7 +306,7 @@ TEST_F(BitVectors, FastUnionTakesCodageOnly) {
   const auto a = make(LM_BV_CODAGE, all[2]);
   auto into = make(LM_BV_CODAGE, all[3]), list = make(LM_BV_IVEC, all[3]);
   EXPECT_EQ(LM_bv_ou_dans_bv_fast(a.get(), into.get(), 0, nullptr, &status), into.get());
-  expectIs(into.get(), combined(all[2], all[3], orRule), LM_BV_CODAGE);
+  expectIs(into.get(), combined(all[2], all[3], &orRule), LM_BV_CODAGE);
   EXPECT_FALSE(LM_bv_ou_dans_bv_fast(a.get(), list.get(), 0, nullptr, &status));
   EXPECT_EQ(status, -1);
 }
@@ -318,7 +318,7 @@ TEST_F(BitVectors, OutputMayBeAnOperandOrOfAnotherKind) {
       const auto a = make(ka, all[2]), b = make(LM_BV_DIRECT, all[4]);
       BVEC* const out = make(kout, all[3]).release();
       const auto result = own(LM_bv_union(a.get(), b.get(), out, 0, nullptr, &status));
-      expectIs(result.get(), combined(all[2], all[4], orRule), ka);
+      expectIs(result.get(), combined(all[2], all[4], &orRule), ka);
       EXPECT_EQ(result.get() == out, ka == kout);
       auto self = make(ka, all[2]);
       EXPECT_EQ(LM_bv_inter(self.get(), b.get(), self.get(), 0, nullptr, &status), self.get());

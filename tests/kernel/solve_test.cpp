@@ -126,7 +126,7 @@ protected:
 int status = 0;
 
 using Kinds = testing::Types<Real, Complex>;
-TYPED_TEST_SUITE(Solve, Kinds);
+TYPED_TEST_SUITE(Solve, Kinds, );
 
 TYPED_TEST(Solve, TriangularSystemsReadTheirTriangleOnly) {
   const auto upper = [](int r, int c) { return r <= c; };
