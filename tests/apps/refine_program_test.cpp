@@ -416,8 +416,9 @@ TEST_F(Refine, GarbageAndHangsCostTheirPointsOnly) {
                                   "2", "--jobs", "2", "--rounds", "1"},
                                  fault));
     ASSERT_EQ(run.code, 0) << fault << run.err;
-    ASSERT_FALSE(run.json()["failed"].empty()) << fault;
-    for (const auto& point : run.json()["failed"])
+    const auto failed = run.json()["failed"];
+    ASSERT_FALSE(failed.empty()) << fault;
+    for (const auto& point : failed)
       EXPECT_GT(point["inputs"]["a"].get<double>(), 0.8) << fault;
   }
 }
