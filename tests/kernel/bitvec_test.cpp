@@ -494,7 +494,7 @@ struct File {
     return all;
   }
   void write(const std::vector<int>& all) {
-    std::fwrite(all.data(), 4, all.size(), stream);
+    if (!all.empty()) std::fwrite(all.data(), 4, all.size(), stream);
     std::fflush(stream);
     std::rewind(stream);
   }
