@@ -103,7 +103,7 @@ std::string searchPath(const std::string& name) {
   std::istringstream folders(variable ? variable : "/usr/local/bin:/usr/bin:/bin");
   std::string folder;
   while (std::getline(folders, folder, ':')) {
-    const std::string candidate = folder + '/' + name;
+    std::string candidate = folder + '/' + name;
     if (!folder.empty() && folder[0] == '/' && isExecutable(candidate)) return candidate;
   }
   return {};
