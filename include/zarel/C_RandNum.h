@@ -11,7 +11,7 @@
 #include <zarel/export.h>
 
 /** Where a seed comes from. */
-enum E_InitSeedType {
+enum E_InitSeedType : int {
   E_SeedTime = 0,    ///< the clock, in seconds
   E_SeedDefault = 1, ///< 123457
   E_SeedUser = 2     ///< the caller; 0 is refused

@@ -14,7 +14,7 @@
 class ZAREL_API C_Type {
 public:
   /** The scalar of a container, as `Type()` of vectors and matrices tells it. 7 is not used. */
-  enum E_Type {
+  enum E_Type : int {
     E_TypeDouble = 1,        ///< `double`, printed as "Double"
     E_TypeFloat = 2,         ///< `float`, printed as "Float"
     E_TypeFloatComplex = 3,  ///< `std::complex<float>`, printed as "Float complex"

@@ -14,7 +14,7 @@
 #include <zarel/scalars.h>
 
 /** Norms of vectors and matrices. */
-enum E_NrmType {
+enum E_NrmType : int {
   E_NrmInf = 0, ///< largest modulus; of a matrix, largest row sum of moduli
   E_Nrm1 = 1,   ///< sum of moduli; of a matrix, largest column sum of moduli
   E_Nrm2 = 2    ///< Euclidean norm; of a matrix, the spectral norm

@@ -10,7 +10,7 @@ namespace Zarel {
 namespace MessageToolEnums {
 
 /** The kind of a message, a bit of a filter mask. */
-enum E_MessageType_enum {
+enum E_MessageType_enum : int {
   E_MsgInfo = 1,      ///< standard output, "%s%c"
   E_MsgError = 2,     ///< standard error, "*** %s%c"
   E_MsgWarning = 4,   ///< standard error, "*** Warning: %s%c"
@@ -21,7 +21,7 @@ enum E_MessageType_enum {
 
 /** Where a message goes. `ALL_STREAMS` means all three in setters and messages; in a getter it
  * yields 0 or false. */
-enum E_MessageStream_enum { SCREEN = 0, LOG = 1, LOG_RECORD = 2, ALL_STREAMS = 3 };
+enum E_MessageStream_enum : int { SCREEN = 0, LOG = 1, LOG_RECORD = 2, ALL_STREAMS = 3 };
 
 /** A plain number: a message of level L passes a stream of level V when L <= V. Ordinary messages
  * and new streams have 0; at 5 a stream shows what it is given on standard output as well. */

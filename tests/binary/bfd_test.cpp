@@ -21,7 +21,10 @@ protected:
 private:
   template <class S>
   struct Sample {
-    static S make(int k) { return static_cast<S>(k * 37.5 + 0x1234); }
+    static S make(int k) {
+      if constexpr (std::is_floating_point_v<S>) return static_cast<S>(k * 37.5 + 0x1234);
+      return static_cast<S>(k * 37 + 0x1234);
+    }
   };
   template <class R>
   struct Sample<std::complex<R>> {
