@@ -94,6 +94,8 @@ public:
   int Attach(I n, T* data) override;
   int SMlt(T alpha, I first, I last) override;
   C_VecPi& operator*=(T alpha) override;
+  T operator*(C_Vec<T, I>& other) override;
+  int Axpy(C_Vec<T, I>& y, T alpha) override;
 
   /** Returns the values that the storage was last sized for; 0 for a view. */
   I Capacity() const { return capacity_; }
@@ -107,6 +109,7 @@ protected:
 private:
   bool startsInRange(I first) const { return first >= 0 && first <= this->dim_; }
   void setAttached(I n);
+  C_VecPi* inCoreTwin(C_Vec<T, I>& other);
   template <class Handle>
   int writeTo(Handle handle);
   template <class Handle>

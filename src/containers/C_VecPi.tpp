@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <type_traits>
+#include <typeinfo>
 
 #include <zarel/C_VecPi.h>
 
@@ -166,6 +167,36 @@ template <class T, class I, class P>
 C_VecPi<T, I, P>& C_VecPi<T, I, P>::operator*=(T alpha) {
   storage_.SMlt(alpha, 0, this->dim_);
   return *this;
+}
+
+// Arithmetic.
+
+/**
+ * The other vector if both are of this very class and in core, else null. Both are full then, and
+ * none of the questions of the general way needs to be asked.
+ */
+template <class T, class I, class P>
+C_VecPi<T, I, P>* C_VecPi<T, I, P>::inCoreTwin(C_Vec<T, I>& other) {
+  if (typeid(*this) != typeid(C_VecPi) || typeid(other) != typeid(C_VecPi)) return nullptr;
+  auto* twin = static_cast<C_VecPi*>(&other);
+  return storage_.InCore() && twin->storage_.InCore() ? twin : nullptr;
+}
+
+template <class T, class I, class P>
+T C_VecPi<T, I, P>::operator*(C_Vec<T, I>& other) {
+  C_VecPi* twin = inCoreTwin(other);
+  if (twin == nullptr) return C_Vec<T, I>::operator*(other);
+  if (twin->dim_ != this->dim_) Zarel::fail(2872);
+  return Zarel::Blas::dot(this->dim_, storage_.Adr(0), twin->storage_.Adr(0));
+}
+
+template <class T, class I, class P>
+int C_VecPi<T, I, P>::Axpy(C_Vec<T, I>& y, T alpha) {
+  C_VecPi* twin = inCoreTwin(y);
+  if (twin == nullptr) return C_Vec<T, I>::Axpy(y, alpha);
+  if (twin->dim_ != this->dim_) Zarel::fail(2872);
+  if (this->dim_ != 0) Zarel::Blas::axpy(this->dim_, alpha, storage_.Adr(0), twin->storage_.Adr(0));
+  return 0;
 }
 
 // Text.

@@ -239,4 +239,21 @@ TEST(AbstractVecScale, GoesThroughTheWholeVectorInCore) {
   EXPECT_EQ(codeOf([&] { v *= 2.0; }), 38);
 }
 
+TEST(AbstractVecArith, WorksBetweenDifferentClassesInCore) {
+  PlainVec<double> plain({1, 2, 3});
+  VecOf<double> v(3, 10.0), shorter(2);
+  C_Vec<double, int>& base = v;
+
+  EXPECT_EQ(plain.Axpy(v, 2.0), 0);
+  EXPECT_EQ(v[2], 16);
+  EXPECT_EQ(base.Axpy(plain, 1.0), 0);
+  EXPECT_EQ(plain.GetVal(0), 13);
+  EXPECT_EQ(plain * v, 13 * 12 + 16 * 14 + 19 * 16);
+  EXPECT_EQ(v * plain, 13 * 12 + 16 * 14 + 19 * 16);
+  EXPECT_EQ(codeOf([&] { plain.Axpy(shorter, 1.0); }), 2872);
+  plain.full = 0;
+  EXPECT_EQ(codeOf([&] { plain.Axpy(v, 1.0); }), 2873);
+  EXPECT_EQ(codeOf([&] { v.Axpy(plain, 1.0); }), 2873);
+}
+
 } // namespace

@@ -1,0 +1,1 @@
+zarel_bench(containers_bench SOURCES containers.cpp)
