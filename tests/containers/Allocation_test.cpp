@@ -11,7 +11,7 @@ void expectNoAllocation(Operation operation) {
 
 template <class C>
 class AllocationFree : public ::testing::Test {};
-TYPED_TEST_SUITE(AllocationFree, StorageCases);
+TYPED_TEST_SUITE(AllocationFree, StorageCases, ScalarNames);
 
 TYPED_TEST(AllocationFree, VectorOperationsInCore) {
   using T = typename TypeParam::T;
@@ -38,7 +38,7 @@ TYPED_TEST(AllocationFree, VectorOperationsInCore) {
 
 template <class T>
 class AllocationFreeMatrix : public ::testing::Test {};
-TYPED_TEST_SUITE(AllocationFreeMatrix, BlasScalars);
+TYPED_TEST_SUITE(AllocationFreeMatrix, BlasScalars, ScalarNames);
 
 TYPED_TEST(AllocationFreeMatrix, OperationsOfFittingShape) {
   using T = TypeParam;

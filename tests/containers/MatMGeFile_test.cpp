@@ -5,7 +5,7 @@ namespace {
 
 template <class T>
 class MatMGeFile : public ::testing::Test {};
-TYPED_TEST_SUITE(MatMGeFile, MatrixScalars);
+TYPED_TEST_SUITE(MatMGeFile, MatrixScalars, ScalarNames);
 
 template <class T>
 std::string nameOf() {

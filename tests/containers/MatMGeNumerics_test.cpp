@@ -29,7 +29,7 @@ std::complex<double> element(C_MatMGe<T>& m, char trans, int i, int j) {
 
 template <class T>
 class MatMGeBlas : public ::testing::Test {};
-TYPED_TEST_SUITE(MatMGeBlas, BlasScalars);
+TYPED_TEST_SUITE(MatMGeBlas, BlasScalars, ScalarNames);
 
 TYPED_TEST(MatMGeBlas, ProductWithAVector) {
   using T = TypeParam;
@@ -241,7 +241,7 @@ TYPED_TEST(MatMGeBlas, SolveRefusesWhatIsShorterThanTheRows) {
 
 template <class T>
 class MatMGeAny : public ::testing::Test {};
-TYPED_TEST_SUITE(MatMGeAny, MatrixScalars);
+TYPED_TEST_SUITE(MatMGeAny, MatrixScalars, ScalarNames);
 
 TYPED_TEST(MatMGeAny, ProductsTestTheirOperandsInOrder) {
   using T = TypeParam;
@@ -333,7 +333,7 @@ TYPED_TEST(MatMGeAny, TheSpectralNormWaitsForAnEstimate) {
 template <class T>
 class MatMGeIntegers : public ::testing::Test {};
 using Integers = ::testing::Types<short int, int>;
-TYPED_TEST_SUITE(MatMGeIntegers, Integers);
+TYPED_TEST_SUITE(MatMGeIntegers, Integers, ScalarNames);
 
 TYPED_TEST(MatMGeIntegers, ProductsEndTheProcess) {
   using T = TypeParam;

@@ -5,7 +5,7 @@ namespace {
 
 template <class T>
 class MatMGe : public ::testing::Test {};
-TYPED_TEST_SUITE(MatMGe, MatrixScalars);
+TYPED_TEST_SUITE(MatMGe, MatrixScalars, ScalarNames);
 
 template <class T>
 void expectCounted(C_MatMGe<T>& m, int rows, int columns) {

@@ -13,7 +13,7 @@ namespace {
 
 template <class T>
 class MatMSym : public ::testing::Test {};
-TYPED_TEST_SUITE(MatMSym, SymmetricScalars);
+TYPED_TEST_SUITE(MatMSym, SymmetricScalars, ScalarNames);
 
 template <class T>
 C_MatMSym<T> noisy(int n, int side, Noise& noise) {

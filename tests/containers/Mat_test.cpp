@@ -117,7 +117,7 @@ TEST(GenericMat, WithoutAFilePrintsNothing) {
 
 template <class T>
 class AbstractMat : public ::testing::Test {};
-TYPED_TEST_SUITE(AbstractMat, MatrixScalars);
+TYPED_TEST_SUITE(AbstractMat, MatrixScalars, ScalarNames);
 
 TYPED_TEST(AbstractMat, WhatOnlyAConcreteMatrixOffersThrows2871) {
   using T = TypeParam;
@@ -236,7 +236,7 @@ TYPED_TEST(AbstractMat, FormatsAndWalks) {
 
 template <class T>
 class AddressedProduct : public ::testing::Test {};
-TYPED_TEST_SUITE(AddressedProduct, BlasScalars);
+TYPED_TEST_SUITE(AddressedProduct, BlasScalars, ScalarNames);
 
 TYPED_TEST(AddressedProduct, GoesToTheRoutineWithTheRowsAsLeadingDimension) {
   using T = TypeParam;

@@ -6,7 +6,7 @@ namespace {
 
 template <class C>
 class MixedVec : public ::testing::Test {};
-TYPED_TEST_SUITE(MixedVec, StorageCases);
+TYPED_TEST_SUITE(MixedVec, StorageCases, ScalarNames);
 
 #define ZAREL_TYPES                                                                                \
   using T [[maybe_unused]] = typename TypeParam::T;                                                \

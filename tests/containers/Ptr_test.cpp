@@ -5,7 +5,7 @@ namespace {
 
 template <class C>
 class PtrInCore : public ::testing::Test {};
-TYPED_TEST_SUITE(PtrInCore, StorageCases);
+TYPED_TEST_SUITE(PtrInCore, StorageCases, ScalarNames);
 
 #define ZAREL_TYPES                                                                                \
   using T [[maybe_unused]] = typename TypeParam::T;                                                \

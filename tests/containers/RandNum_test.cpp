@@ -258,7 +258,7 @@ TEST(RandNum, CopyingEndsTheProcess) {
 
 template <class T>
 class VecRand : public ::testing::Test {};
-TYPED_TEST_SUITE(VecRand, MatrixScalars);
+TYPED_TEST_SUITE(VecRand, MatrixScalars, ScalarNames);
 
 template <class T, class I>
 void expectRandomFill() {

@@ -6,7 +6,7 @@ namespace {
 
 template <class T>
 class Transposition : public ::testing::Test {};
-TYPED_TEST_SUITE(Transposition, MatrixScalars);
+TYPED_TEST_SUITE(Transposition, MatrixScalars, ScalarNames);
 
 template <class T>
 void expectTransposed(int rows, int columns) {

@@ -8,7 +8,7 @@ namespace {
 
 template <class C>
 class VecArith : public ::testing::Test {};
-TYPED_TEST_SUITE(VecArith, StorageCases);
+TYPED_TEST_SUITE(VecArith, StorageCases, ScalarNames);
 
 #define ZAREL_TYPES                                                                                \
   using T [[maybe_unused]] = typename TypeParam::T;                                                \

@@ -108,7 +108,7 @@ struct WideCase {
   using T = __int64;
   using I = __int64;
 };
-TYPED_TEST_SUITE(AbstractVec, StorageCases);
+TYPED_TEST_SUITE(AbstractVec, StorageCases, ScalarNames);
 
 template <class T, class I>
 void expectDefaults() {

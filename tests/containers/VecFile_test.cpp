@@ -7,7 +7,7 @@ namespace {
 
 template <class C>
 class VecFile : public ::testing::Test {};
-TYPED_TEST_SUITE(VecFile, StorageCases);
+TYPED_TEST_SUITE(VecFile, StorageCases, ScalarNames);
 
 #define ZAREL_TYPES                                                                                \
   using T [[maybe_unused]] = typename TypeParam::T;                                                \

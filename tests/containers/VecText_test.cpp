@@ -5,7 +5,7 @@ namespace {
 
 template <class C>
 class VecText : public ::testing::Test {};
-TYPED_TEST_SUITE(VecText, StorageCases);
+TYPED_TEST_SUITE(VecText, StorageCases, ScalarNames);
 
 #define ZAREL_TYPES                                                                                \
   using T [[maybe_unused]] = typename TypeParam::T;                                                \

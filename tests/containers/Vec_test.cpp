@@ -6,7 +6,7 @@ namespace {
 
 template <class C>
 class Vec : public ::testing::Test {};
-TYPED_TEST_SUITE(Vec, StorageCases);
+TYPED_TEST_SUITE(Vec, StorageCases, ScalarNames);
 
 #define ZAREL_TYPES                                                                                \
   using T [[maybe_unused]] = typename TypeParam::T;                                                \

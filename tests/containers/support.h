@@ -36,6 +36,39 @@ struct Case {
   using Vec = C_VecPi<T, I, C_PtrInCore<T, I>>;
 };
 
+/** Names of typed tests: the scalar, and the index where there is one. */
+class ScalarNames {
+public:
+  template <class Parameter>
+  static std::string GetName(int) {
+    return Name<Parameter>::text();
+  }
+
+private:
+  template <class T>
+  static std::string scalarName() {
+    if constexpr (std::is_same_v<T, __int64>)
+      return "hyper";
+    else if constexpr (std::is_integral_v<T>)
+      return sizeof(T) == 1 ? "char" : sizeof(T) == 2 ? "short" : "int";
+    else
+      return std::string(isComplexScalar<T>() ? "complex_" : "") +
+             (sizeof(T) == (isComplexScalar<T>() ? 2 : 1) * sizeof(float) ? "float" : "double");
+  }
+  template <class T>
+  static constexpr bool isComplexScalar() {
+    return !std::is_arithmetic_v<T>;
+  }
+  template <class T>
+  struct Name {
+    static std::string text() { return scalarName<T>(); }
+  };
+  template <class T, class I>
+  struct Name<Case<T, I>> {
+    static std::string text() { return scalarName<T>() + "_by_" + scalarName<I>(); }
+  };
+};
+
 #define ZAREL_CASE(T, I) , Case<T, I>
 using StorageCases = TypesAfter<void ZAREL_STORAGE_SCALARS(ZAREL_CASE)>;
 #define ZAREL_TYPE(T) , T
