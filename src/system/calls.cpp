@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 static_assert(sizeof(off_t) == 8, "file positions have 64 bits");
@@ -12,6 +13,23 @@ namespace {
 
 int openFile(const char* path, int flags, mode_t mode) {
   return ::open(path, flags, mode);
+}
+
+int statusOf(int fd, struct stat* status) {
+  return ::fstat(fd, status);
+}
+
+int reserve(int fd, off_t offset, off_t bytes) {
+  return ::fallocate(fd, 0, offset, bytes);
+}
+
+int accessModeOf(int fd) {
+  const int flags = ::fcntl(fd, F_GETFL);
+  return flags < 0 ? -1 : flags & O_ACCMODE;
+}
+
+int duplicateOf(int fd) {
+  return ::fcntl(fd, F_DUPFD_CLOEXEC, 0);
 }
 
 // Calls `transfer(offset, bytes left)` until all is done, nothing more comes or an error shows.
@@ -30,7 +48,9 @@ size_t repeat(size_t bytes, Transfer transfer) {
 } // namespace
 
 SystemCalls& systemCalls() {
-  static SystemCalls calls = {openFile, ::read, ::write, ::lseek};
+  static SystemCalls calls = {openFile,     ::read,      ::write,  ::lseek,     ::close,  ::pread,
+                              ::pwrite,     ::fsync,     statusOf, ::ftruncate, reserve,  ::unlink,
+                              accessModeOf, duplicateOf, ::mmap,   ::munmap,    ::madvise};
   return calls;
 }
 

@@ -3,6 +3,7 @@
 #ifndef ZAREL_SYSTEM_CALLS_H
 #define ZAREL_SYSTEM_CALLS_H
 
+#include <sys/stat.h>
 #include <sys/types.h>
 
 namespace Zarel {
@@ -12,6 +13,22 @@ struct SystemCalls {
   ssize_t (*read)(int fd, void* buffer, size_t bytes);
   ssize_t (*write)(int fd, const void* buffer, size_t bytes);
   off_t (*lseek)(int fd, off_t offset, int whence);
+  int (*close)(int fd);
+  ssize_t (*pread)(int fd, void* buffer, size_t bytes, off_t offset);
+  ssize_t (*pwrite)(int fd, const void* buffer, size_t bytes, off_t offset);
+  int (*fsync)(int fd);
+  int (*fstat)(int fd, struct stat* status);
+  int (*ftruncate)(int fd, off_t size);
+  // Gives the range its place on the file system and the file the length that holds it.
+  int (*fallocate)(int fd, off_t offset, off_t bytes);
+  int (*unlink)(const char* path);
+  // The access mode of a descriptor (O_RDONLY, O_WRONLY or O_RDWR), -1 on an error.
+  int (*accessMode)(int fd);
+  // Another descriptor of the same open file, closed when a program is started.
+  int (*duplicate)(int fd);
+  void* (*mmap)(void* address, size_t bytes, int protection, int flags, int fd, off_t offset);
+  int (*munmap)(void* address, size_t bytes);
+  int (*madvise)(void* address, size_t bytes, int advice);
 };
 
 // The table in use. Tests put their own entries in and the old ones back.
