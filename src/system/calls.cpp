@@ -1,6 +1,7 @@
 #include "system/calls.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -19,8 +20,15 @@ int statusOf(int fd, struct stat* status) {
   return ::fstat(fd, status);
 }
 
+// The standard's function also serves file systems that cannot reserve: it writes to every block.
 int reserve(int fd, off_t offset, off_t bytes) {
-  return ::fallocate(fd, 0, offset, bytes);
+  const int error = ::posix_fallocate(fd, offset, bytes);
+  if (error != 0) errno = error;
+  return error == 0 ? 0 : -1;
+}
+
+int statusUnder(const char* path, struct stat* status) {
+  return ::stat(path, status);
 }
 
 int accessModeOf(int fd) {
@@ -48,9 +56,10 @@ size_t repeat(size_t bytes, Transfer transfer) {
 } // namespace
 
 SystemCalls& systemCalls() {
-  static SystemCalls calls = {openFile,     ::read,      ::write,  ::lseek,     ::close,  ::pread,
-                              ::pwrite,     ::fsync,     statusOf, ::ftruncate, reserve,  ::unlink,
-                              accessModeOf, duplicateOf, ::mmap,   ::munmap,    ::madvise};
+  static SystemCalls calls = {
+      openFile, ::read,   ::write,     ::lseek, ::close,     ::pread,      ::pwrite,
+      ::fsync,  statusOf, ::ftruncate, reserve, ::unlink,    accessModeOf, duplicateOf,
+      ::mmap,   ::munmap, ::madvise,   ::msync, statusUnder, ::access,     std::rename};
   return calls;
 }
 
@@ -58,6 +67,20 @@ size_t readFully(int fd, void* buffer, size_t bytes) {
   const auto into = static_cast<char*>(buffer);
   return repeat(bytes, [=](size_t offset, size_t left) {
     return systemCalls().read(fd, into + offset, left);
+  });
+}
+
+size_t readFullyAt(int fd, void* buffer, size_t bytes, off_t offset) {
+  const auto into = static_cast<char*>(buffer);
+  return repeat(bytes, [=](size_t done, size_t left) {
+    return systemCalls().pread(fd, into + done, left, offset + static_cast<off_t>(done));
+  });
+}
+
+size_t writeFullyAt(int fd, const void* buffer, size_t bytes, off_t offset) {
+  const auto from = static_cast<const char*>(buffer);
+  return repeat(bytes, [=](size_t done, size_t left) {
+    return systemCalls().pwrite(fd, from + done, left, offset + static_cast<off_t>(done));
   });
 }
 

@@ -29,6 +29,10 @@ struct SystemCalls {
   void* (*mmap)(void* address, size_t bytes, int protection, int flags, int fd, off_t offset);
   int (*munmap)(void* address, size_t bytes);
   int (*madvise)(void* address, size_t bytes, int advice);
+  int (*msync)(void* address, size_t bytes, int flags);
+  int (*stat)(const char* path, struct stat* status);
+  int (*access)(const char* path, int mode);
+  int (*rename)(const char* from, const char* to);
 };
 
 // The table in use. Tests put their own entries in and the old ones back.
@@ -38,6 +42,9 @@ SystemCalls& systemCalls();
 // They return the bytes transferred, fewer at the end of the file or on an error (see errno).
 size_t readFully(int fd, void* buffer, size_t bytes);
 size_t writeFully(int fd, const void* buffer, size_t bytes);
+// The same at an offset; the position of the descriptor stays.
+size_t readFullyAt(int fd, void* buffer, size_t bytes, off_t offset);
+size_t writeFullyAt(int fd, const void* buffer, size_t bytes, off_t offset);
 
 } // namespace Zarel
 
