@@ -11,35 +11,69 @@ using namespace Zarel::kernel;
 
 namespace {
 
-// Side of the square pieces in which a matrix is transposed: the lines of both pieces stay in the
-// cache.
-enum { Side = 16 };
+// A matrix is transposed by blocks, whose lines in both matrices stay in the cache and their pages
+// in the translation table, and a block by pieces, which stay in registers.
+enum { Block = 64, Piece = 8 };
 
-// A piece of `out` := the conjugate transpose of a piece of `in`; full pieces are unrolled.
+// Asks for the entries of a block before they are needed: it starts in another page with each row.
 template <class M>
-void transposePiece(const M* in, M* out, int i0, int j0, int m, int n) {
-  for (int j = 0; j < n; ++j) {
-    EntryOf<M>* const to = out->me[j0 + j] + i0;
-    for (int i = 0; i < m; ++i)
-      to[i] = conjugate(in->me[i0 + i][j0 + j]);
-  }
+void fetchBlock(const M* in, int i0, int i1, int j0) {
+  constexpr int perLine = 64 / sizeof(EntryOf<M>);
+  for (int i = i0; i < i1; ++i)
+    for (int j = j0; j < std::min(j0 + Block, columns(in)); j += perLine)
+      __builtin_prefetch(in->me[i] + j);
+}
+
+template <class M>
+void transposePiece(const M* in, M* out, int i0, int j0) {
+  EntryOf<M> piece[Piece][Piece];
+  for (int i = 0; i < Piece; ++i)
+    for (int j = 0; j < Piece; ++j)
+      piece[i][j] = conjugate(in->me[i0 + i][j0 + j]);
+  for (int j = 0; j < Piece; ++j)
+    for (int i = 0; i < Piece; ++i)
+      out->me[j0 + j][i0 + i] = piece[i][j];
+}
+
+// A piece cut off by the last row or column.
+template <class M>
+void transposeRest(const M* in, M* out, int i0, int i1, int j0, int j1) {
+  for (int j = j0; j < j1; ++j)
+    for (int i = i0; i < i1; ++i)
+      out->me[j][i] = conjugate(in->me[i][j]);
+}
+
+// `out` := the conjugate transpose of `in` for rows i0 to i1 and columns j0 to j1 of `in`.
+template <class M>
+void transposeBlock(const M* in, M* out, int i0, int i1, int j0, int j1) {
+  for (int j = j0; j < j1; j += Piece)
+    for (int i = i0; i < i1; i += Piece) {
+      const bool whole = i + Piece <= i1 && j + Piece <= j1;
+      if (whole)
+        transposePiece(in, out, i, j);
+      else
+        transposeRest(in, out, i, std::min(i + Piece, i1), j, std::min(j + Piece, j1));
+    }
 }
 
 template <class M>
 void transposeInto(const M* in, M* out) {
   const int m = rows(in), n = columns(in);
-  for (int i = 0; i < m; i += Side)
-    for (int j = 0; j < n; j += Side)
-      transposePiece(in, out, i, j, std::min<int>(Side, m - i), std::min<int>(Side, n - j));
+  for (int j = 0; j < n; j += Block)
+    for (int i = 0; i < m; i += Block) {
+      const int next = std::min(i + Block, m);
+      fetchBlock(in, next, std::min(next + Block, m), j);
+      transposeBlock(in, out, i, next, j, std::min(j + Block, n));
+    }
 }
 
 template <class M>
 void transposeInPlace(M* A) {
   const int n = rows(A);
-  for (int i0 = 0; i0 < n; i0 += Side)
-    for (int j0 = 0; j0 <= i0; j0 += Side)
-      for (int i = i0; i < std::min<int>(i0 + Side, n); ++i)
-        for (int j = j0; j < std::min<int>(j0 + Side, i + 1); ++j) {
+  for (int i0 = 0; i0 < n; i0 += Block)
+    for (int j0 = 0; j0 <= i0; j0 += Block)
+      for (int i = i0; i < std::min<int>(i0 + Block, n); ++i)
+        for (int j = j0; j < std::min<int>(j0 + Block, i + 1); ++j) {
           const EntryOf<M> below = A->me[i][j];
           A->me[i][j] = conjugate(A->me[j][i]);
           A->me[j][i] = conjugate(below);
