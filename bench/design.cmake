@@ -1,0 +1,1 @@
+zarel_bench(design_bench SOURCES design.cpp)
