@@ -34,7 +34,7 @@ int CBF_open64(const wchar_t* path, int flags) {
 }
 
 int CBF_close64(int fd) {
-  return close(fd);
+  return systemCalls().close(fd);
 }
 
 FILE* CBF_fopen64(const wchar_t* path, const wchar_t* mode) {

@@ -1,0 +1,100 @@
+#include <zarel/C_MapManager.h>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <memory>
+#include <unistd.h>
+
+#include <zarel/bf.h>
+
+#include "mapping/reserve.h"
+#include "runtime/fail.h"
+#include "system/calls.h"
+#include "system/text.h"
+
+using namespace Zarel;
+
+namespace {
+
+constexpr int readWrite = 2;
+enum Code { MapFailed = 13, HandleNotClosed = 14, SizeNotSet = 24, FileNotClosed = 27 };
+constexpr int reasonInErrno = 100;
+constexpr mode_t ownerOnly = 0600;
+
+// Whether views of a mode can be made through a descriptor.
+bool serves(int fd, int mode) {
+  const int access = fd < 0 ? -1 : systemCalls().accessMode(fd);
+  return access == O_RDWR || (access == O_RDONLY && mode != readWrite);
+}
+
+int openByName(const wchar_t* file, int mode) {
+  if (!file) return -1;
+  const int flags = mode == readWrite ? O_RDWR | O_CREAT : O_RDONLY;
+  return systemCalls().open(toUtf8(file).c_str(), flags | O_CLOEXEC, ownerOnly);
+}
+
+} // namespace
+
+C_MapManager::C_MapManager() : _granularity(static_cast<unsigned int>(sysconf(_SC_PAGESIZE))) {}
+
+C_MapManager::~C_MapManager() {
+  for (const auto& entry : _handles)
+    if (entry.second.file >= 0) systemCalls().close(entry.second.file);
+}
+
+void C_MapManager::OpenHandles(__2Handles& handles, int fd, const wchar_t* file, int mode) {
+  handles.file = serves(fd, mode) ? systemCalls().duplicate(fd) : openByName(file, mode);
+  struct stat status;
+  if (handles.file < 0 || systemCalls().fstat(handles.file, &status) != 0) fail(MapFailed);
+  if (!S_ISREG(status.st_mode) || status.st_size == 0) fail(MapFailed);
+  handles.size = static_cast<unsigned __int64>(status.st_size);
+}
+
+__2Handles& C_MapManager::HandlesOf(int fd, const wchar_t* file, int mode) {
+  const auto [entry, fresh] = _handles.try_emplace(fd);
+  if (fresh) OpenHandles(entry->second, fd, file, mode);
+  return entry->second;
+}
+
+C_MapPtr* C_MapManager::MapPtr(C_MapPtr* ptr, int fd, const wchar_t* file, int mode,
+                               unsigned __int64 offset, unsigned __int64 length) {
+  std::unique_ptr<C_MapPtr> made(ptr ? nullptr : new C_MapPtr);
+  C_MapPtr* const view = ptr ? ptr : made.get();
+  view->Init(mode);
+  view->MapToFile(offset, length, _granularity, &HandlesOf(fd, file, mode));
+  made.release();
+  return view;
+}
+
+void C_MapManager::UnMapPtr(C_MapPtr* ptr) {
+  if (ptr) ptr->UnMap();
+}
+
+void C_MapManager::ReleaseFileHandle(int& fd) {
+  const auto entry = _handles.find(fd);
+  if (entry == _handles.end()) return;
+  const int file = entry->second.file;
+  _handles.erase(entry);
+  if (file >= 0 && systemCalls().close(file) != 0) fail(HandleNotClosed);
+}
+
+void C_MapManager::CloseDataFile(int& fd) {
+  if (fd <= 0) return;
+  ReleaseFileHandle(fd);
+  if (CBF_close64(fd) != 0) fail(FileNotClosed, reasonInErrno);
+  fd = -1;
+}
+
+void C_MapManager::RemoveDataFile(bool strict, std::wstring& name) {
+  if (name.empty()) return;
+  if (systemCalls().unlink(toUtf8(name).c_str()) != 0 && strict) return;
+  name.clear();
+}
+
+void C_MapManager::SetDataFileSize(int fd, unsigned __int64 size) {
+  if (!setFileSize(fd, size)) fail(SizeNotSet, reasonInErrno);
+}
+
+C_MapManager* getGlobalMapManager() {
+  return C_MapManager::getInstance();
+}
