@@ -164,6 +164,8 @@ private:
   unsigned int _granularity;
 };
 
+extern template class C_Singleton<C_MapManager>;
+
 /** Shows the map manager, created at the first call. */
 ZAREL_API C_MapManager* getGlobalMapManager();
 

@@ -72,8 +72,8 @@ ZAREL_API int zarel_fileno(FILE* file);
  * environment. */
 ZAREL_API char* zarel_getenv(const char* name);
 /**
- * As zarel_getenv with wide text. The text belongs to the calling thread and stays until that thread
- * asks for the same name again. Null also when there is no memory.
+ * As zarel_getenv with wide text. The text belongs to the calling thread and stays until that
+ * thread asks for the same name again. Null also when there is no memory.
  */
 ZAREL_API wchar_t* zarel_wgetenv(const wchar_t* name);
 /** Returns the number of the process. */

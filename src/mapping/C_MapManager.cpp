@@ -3,13 +3,13 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <memory>
-#include <unistd.h>
 
 #include <zarel/bf.h>
 
 #include "mapping/reserve.h"
 #include "runtime/fail.h"
 #include "system/calls.h"
+#include "system/mapping.h"
 #include "system/text.h"
 
 using namespace Zarel;
@@ -35,7 +35,9 @@ int openByName(const wchar_t* file, int mode) {
 
 } // namespace
 
-C_MapManager::C_MapManager() : _granularity(static_cast<unsigned int>(sysconf(_SC_PAGESIZE))) {}
+template class C_Singleton<C_MapManager>;
+
+C_MapManager::C_MapManager() : _granularity(static_cast<unsigned int>(pageSize())) {}
 
 C_MapManager::~C_MapManager() {
   for (const auto& entry : _handles)

@@ -4,7 +4,6 @@
 #include <cerrno>
 #include <sys/mman.h>
 #include <type_traits>
-#include <unistd.h>
 
 #include <zarel/C_MessageTool.h>
 
@@ -12,6 +11,7 @@
 #include "runtime/fail.h"
 #include "runtime/keys.h"
 #include "system/calls.h"
+#include "system/mapping.h"
 
 using namespace Zarel;
 
@@ -116,7 +116,7 @@ bool C_MapPtr::Advise(E_MapAdvice advice, unsigned __int64 from, unsigned __int6
   const auto [reading, writing] = systemAdvice(advice);
   if (!_mapPtr || from >= _userLength || reading < 0) return false;
   const unsigned __int64 bytes = std::min(length, _userLength - from);
-  const auto page = static_cast<unsigned __int64>(sysconf(_SC_PAGESIZE));
+  const unsigned __int64 page = pageSize();
   const auto first = static_cast<unsigned __int64>(_userPtr - _mapPtr) + from;
   const unsigned __int64 start = first / page * page;
   return systemCalls().madvise(_mapPtr + start, first + bytes - start,

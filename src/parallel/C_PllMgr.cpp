@@ -32,7 +32,7 @@ void callDirectly(void (*function)(Args...), Args... args) {
 } // namespace
 
 C_PllMgr::C_PllMgr()
-    : _codes{{0, 0}, {1, 1},  {2, 2},  {3, 3},  {4, 4},  {5, 5},
+    : _codes{{0, 0},  {1, 1},  {2, 2},  {3, 3}, {4, 4},  {5, 5},
              {6, 10}, {7, 12}, {8, 22}, {9, 0}, {10, 1}, {11, 3}},
       _lock(noLock),
       _unlock(noLock),

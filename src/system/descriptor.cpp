@@ -79,7 +79,8 @@ int reserveSpace(int fd, off_t size) {
 }
 
 std::string temporaryDirectory(const std::string& second) {
-  for (const std::string& directory : {environment("TMPDIR").value_or(""), second, std::string("/tmp")})
+  for (const std::string& directory :
+       {environment("TMPDIR").value_or(""), second, std::string("/tmp")})
     if (mayHoldFiles(directory)) return directory;
   errno = ENOENT;
   return {};

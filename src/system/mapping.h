@@ -35,9 +35,9 @@ private:
 // The unit of offsets and sizes of mappings.
 size_t pageSize();
 
-// Maps `bytes` bytes of an open file from `offset`, a multiple of pageSize(), shared, for reading or
-// for both ways; none and errno on failure. Whoever touches bytes past the end of the file, or has a
-// full disk under bytes that were not reserved, is killed: test and reserve before.
+// Maps `bytes` bytes of an open file from `offset`, a multiple of pageSize(), shared, for reading
+// or for both ways; none and errno on failure. Whoever touches bytes past the end of the file, or
+// has a full disk under bytes that were not reserved, is killed: test and reserve before.
 Mapping mapFile(int fd, off_t offset, size_t bytes, bool writable);
 
 } // namespace Zarel
