@@ -3,9 +3,10 @@
 #include <cstdio>
 #include <cstring>
 
+#include <zarel/zarelsys.h>
+
 #include "runtime/access.h"
 #include "runtime/format.h"
-#include "runtime/hooks.h"
 #include "runtime/keys.h"
 #include "system/box.h"
 
@@ -66,14 +67,10 @@ char* composed(int id, std::va_list args) {
   const int found = C_MessageTool::getMessage(static_cast<E_MessageCode_t>(id), text,
                                               cursorOn(&copy), tool->getKey());
   va_end(copy);
-  return found == 0 && duplicateText ? duplicateText(text.c_str()) : nullptr;
+  return found == 0 ? zarel_strdup(text.c_str(), "MSG_get") : nullptr;
 }
 
 } // namespace
-
-namespace Zarel {
-char* (*duplicateText)(const char* text) = nullptr;
-}
 
 int Erreur(const char* function, int line, const char* file, const char* format, ...) {
   ZAREL_RETURN_WITH_ARGS(format, blame(E_MsgError, function, line, file, format, args));

@@ -1,0 +1,49 @@
+#include "collections/report.h"
+
+#include <memory>
+
+#include <zarel/erreur.h>
+#include <zarel/zarelmem.h>
+
+namespace Zarel {
+
+namespace {
+
+// What is said where the host has brought no texts.
+const char* plainText(CollectionMessage message) {
+  switch (message) {
+  case noMemory:
+    return "Not enough memory for a list";
+  case flushFailed:
+    return "Write error";
+  case nothingToRead:
+    return "There is no list to read";
+  case argumentMissing:
+    return "An argument is missing";
+  case tableMissing:
+    return "There is no hash table";
+  case noMemoryForTable:
+    return "Not enough memory for a hash table";
+  case keyMissing:
+    return "The key is not in the hash table";
+  }
+  return "";
+}
+
+struct FreeText {
+  void operator()(char* text) const { zarelmem_free(text, __FILE__, __LINE__); }
+};
+
+} // namespace
+
+int reported(CollectionMessage message, const char* detail, const char* function, const char* file,
+             int line) {
+  const std::unique_ptr<char, FreeText> text(MSG_get(message, detail));
+  if (text)
+    Erreur(function, line, file, "%s", text.get());
+  else
+    Erreur(function, line, file, "%s%s%s", plainText(message), *detail ? ": " : "", detail);
+  return -1;
+}
+
+} // namespace Zarel
