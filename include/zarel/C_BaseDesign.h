@@ -85,7 +85,8 @@ public:
    */
   bool AddSpecificPoint(VEC* point, int position, int* error);
 
-  /** Adds `count` points of a kind: 'R' or 'r' for random ones, as AddRandomPoints. -1 for others. */
+  /** Adds `count` points of a kind: 'R' or 'r' for random ones, as AddRandomPoints. -1 for others.
+   */
   int AugmentDesign(char kind, int count, MAT* target);
   /**
    * Chooses `count` points that lie far from each other and from the design. The two numbers are

@@ -179,8 +179,8 @@ public:
 
 namespace Zarel {
 /**
- * Installs the estimate of the spectral norm that `Nrm(E_Nrm2)` of a matrix with more than one
- * column uses. Until then that norm throws 38. Null takes the estimate away.
+ * Installs another estimate of the spectral norm for `Nrm(E_Nrm2)` of a matrix with more than one
+ * column. Null brings the library's own back, the power iteration of C_AlgoPower.
  * Exists for the scalars of ZAREL_MATRIX_SCALARS.
  */
 template <class T>

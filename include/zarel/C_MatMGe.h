@@ -22,10 +22,9 @@
  * Threads: no lock; the cursors are state of the object.
  *
  * Failures, all thrown: 2 negative size, 3 unknown norm, 12 index out of range or null file, 21
- * and 22 failing read and write, 38 spectral norm not available, 1001 no memory, 2869 singular,
- * 2870 vector not in core, or a view cannot grow, 2871 not offered for this scalar or source, 2872
- * shapes differ, 2873 vector not full, 2875 LAPACK refused an argument, 2880 more than 2147483647
- * values.
+ * and 22 failing read and write, 1001 no memory, 2869 singular, 2870 vector not in core, or a view
+ * cannot grow, 2871 not offered for this scalar or source, 2872 shapes differ, 2873 vector not
+ * full, 2875 LAPACK refused an argument, 2880 more than 2147483647 values.
  *
  * Example:
  * @code
@@ -132,7 +131,11 @@ public:
   int EraseCol(int first, int last) override;
   /** Removes rows; the values are compacted in place. Throws 12. */
   int EraseRow(int first, int last) override;
-  /** Returns a norm. Throws 3, and 38 for the spectral norm while no estimate is installed. */
+  /**
+   * Returns a norm. The spectral one of several columns is an estimate by power iteration on A^H A,
+   * which ends when a round changes it by less than a thousandth, or after `NbCol() + 1` rounds.
+   * Throws 3, and for that estimate 2871 with integers and 13202 when values are above 1e100.
+   */
   double Nrm(E_NrmType kind) override;
 
   /** Returns the address of column `j`, not checked. */

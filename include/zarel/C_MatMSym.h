@@ -86,7 +86,12 @@ public:
   int Print(FILE* file, int flags) override;
   /** Becomes `n` by `n` and upper; values are not kept. Returns 0, or -1 after a trace. */
   int Resize(int n, int ignored) override;
-  /** Returns a norm. Throws 3, 2871 for E_Nrm1, 38 while no spectral norm is installed. */
+  /**
+   * Returns a norm. The spectral one is the modulus of the dominant eigenvalue by power iteration,
+   * which ends when a round changes it by less than a thousandth, or after `NbCol() + 1` rounds; a
+   * matrix with two dominant eigenvalues of opposite sign gets a lower estimate.
+   * Throws 3, 2871 for E_Nrm1, and 13202 for E_Nrm2 when values are above 1e100.
+   */
   double Nrm(E_NrmType kind) override;
 
   /** Returns a reference to the stored value that is (i, j) and (j, i), not checked. */

@@ -32,6 +32,7 @@ typedef int E_VerbosityLevel_enum;
 enum E_DebugScope_enum : int {
   E_ScopeReset = -1,
   E_ScopeNone = 0,
+  E_ScopePower = 306,
   E_ScopeSvd = 451,
   E_ScopeDesign = 452,
   E_ScopeKriging = 502

@@ -188,7 +188,7 @@ namespace {
 
 template <class T>
 double (*&norm2Hook())(C_Mat<T>&) {
-  static double (*hook)(C_Mat<T>&) = nullptr;
+  static double (*hook)(C_Mat<T>&) = Zarel::powerNorm2<T>;
   return hook;
 }
 
@@ -196,15 +196,13 @@ double (*&norm2Hook())(C_Mat<T>&) {
 
 template <class T>
 void Zarel::setMatrixNorm2Hook(double (*norm2)(C_Mat<T>&)) {
-  norm2Hook<T>() = norm2;
+  norm2Hook<T>() = norm2 != nullptr ? norm2 : Zarel::powerNorm2<T>;
 }
 
 template <class T>
 double Zarel::spectralNorm(C_Mat<T>& matrix) {
   if (matrix.NbRow() == 0 || matrix.NbCol() == 0) return 0;
-  const auto hook = norm2Hook<T>();
-  if (hook == nullptr) fail(38);
-  return hook(matrix);
+  return norm2Hook<T>()(matrix);
 }
 
 #define ZAREL_INSTANTIATE(T)                                                                       \

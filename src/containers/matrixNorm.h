@@ -12,9 +12,16 @@
 
 namespace Zarel {
 
-/** The spectral norm by the installed estimate; 0 for an empty matrix. Throws 38 without one. */
+/** The spectral norm by the installed estimate; 0 for an empty matrix. */
 template <class T>
 double spectralNorm(C_Mat<T>& matrix);
+
+/**
+ * The estimate that is installed at first. A higher room defines it, by power iteration; naming it
+ * here is what links it into every program that can ask for the norm.
+ */
+template <class T>
+double powerNorm2(C_Mat<T>& matrix);
 
 /** The largest row sum of moduli, by a walk over the rows. */
 template <class T>
