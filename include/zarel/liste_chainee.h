@@ -166,8 +166,8 @@ ZAREL_API int LTE_ins_fin_unique(LTE* head, void* object, int type, int* inserte
                                  LIS_COMPARE compare);
 /**
  * Links the nodes of `other` behind the last one. The head `other` stays as it is and its caller's;
- * as its nodes now belong to `head`, release it with `zarelmem_free` and not with LTE_free. The list
- * itself as `other` is a missing argument.
+ * as its nodes now belong to `head`, release it with `zarelmem_free` and not with LTE_free. The
+ * list itself as `other` is a missing argument.
  */
 ZAREL_API int LTE_append(LTE* head, const LTE* other);
 

@@ -49,8 +49,8 @@ inline void setError(int* error, int value) {
   if (error) *error = value;
 }
 
-// A copy of a node, or one read from a file; null on failure. The node is made before its object, so
-// that no object is left without an owner.
+// A copy of a node, or one read from a file; null on failure. The node is made before its object,
+// so that no object is left without an owner.
 LIS* copiedNode(const LIS& node, LIS_COPY copy);
 LIS* readNode(FILE* stream, LIS_READ read);
 
