@@ -1,6 +1,7 @@
 #include "collections/report.h"
 
 #include <memory>
+#include <new>
 
 #include <zarel/erreur.h>
 #include <zarel/zarelmem.h>
@@ -34,15 +35,24 @@ struct FreeText {
   void operator()(char* text) const { zarelmem_free(text, __FILE__, __LINE__); }
 };
 
-} // namespace
-
-int reported(CollectionMessage message, const char* detail, const char* function, const char* file,
-             int line) {
+void report(CollectionMessage message, const char* detail, const char* function, const char* file,
+            int line) {
   const std::unique_ptr<char, FreeText> text(MSG_get(message, detail));
   if (text)
     Erreur(function, line, file, "%s", text.get());
   else
     Erreur(function, line, file, "%s%s%s", plainText(message), *detail ? ": " : "", detail);
+}
+
+} // namespace
+
+// Callers in C expect no exception, and the failure counts more than its report.
+int reported(CollectionMessage message, const char* detail, const char* function, const char* file,
+             int line) {
+  try {
+    report(message, detail, function, file, line);
+  } catch (const std::bad_alloc&) {
+  }
   return -1;
 }
 
