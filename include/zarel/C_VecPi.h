@@ -5,6 +5,9 @@
 #ifndef ZAREL_C_VECPI_H
 #define ZAREL_C_VECPI_H
 
+#include <cstdio>
+#include <utility>
+
 #include <zarel/C_Ptr.h>
 #include <zarel/C_Vec.h>
 
@@ -28,7 +31,8 @@
  * double d = x * y;  // 36
  * @endcode
  *
- * Exists over `C_PtrInCore` for the pairs of ZAREL_STORAGE_SCALARS.
+ * Exists over `C_PtrInCore` for the pairs of ZAREL_STORAGE_SCALARS, and over `C_PtrOnFile`
+ * (C_PtrOnFile.h) for ZAREL_MATRIX_SCALARS with `I` = `int`.
  */
 template <class T, class I, class P>
 class ZAREL_API C_VecPi : public C_Vec<T, I> {
@@ -87,11 +91,23 @@ public:
   T Sum(I first, I last) override;
   int Copy(C_Vec<T, I>& source) override;
   /**
-   * In core: a view of the values from `first` on, which must not outlive this vector. Otherwise a
-   * copy of them. Throws 2872 for `first` outside 0 to the dimension.
+   * In core: a view of the values from `first` on, which must not outlive this vector. On a file: a
+   * vector on the same stream, which must stay open. Otherwise a copy of them. Throws 2872 for
+   * `first` outside 0 to the dimension.
    */
   C_Vec<T, I>* Lnk(I first) override;
   int Attach(I n, T* data) override;
+  /**
+   * Becomes a view on `n` values of a stream, from where it stands. Only for a storage on a file
+   * (C_PtrOnFile), which reads through a window of `bufferSize` values. Returns 0. Throws 20, 21,
+   * 34.
+   */
+  template <class Q = P>
+  auto Attach(I n, FILE* stream, I bufferSize)
+      -> decltype(std::declval<Q&>().Attach(stream, n, bufferSize)) {
+    setAttached(n);
+    return storage_.Attach(stream, n, bufferSize);
+  }
   int SMlt(T alpha, I first, I last) override;
   C_VecPi& operator*=(T alpha) override;
   T operator*(C_Vec<T, I>& other) override;

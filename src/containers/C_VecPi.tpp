@@ -115,7 +115,9 @@ int C_VecPi<T, I, P>::Copy(C_Vec<T, I>& source) {
   Zarel::forEachBlock(this->dim_, [&](long long first, long long length) {
     T* block = source.Extract(static_cast<I>(first), static_cast<I>(first + length - 1),
                               source.InCore() ? nullptr : source.Adr(0));
-    Zarel::Blas::copy(length, block, Adr(static_cast<I>(first)));
+    T* target = Adr(static_cast<I>(first));
+    if (target == nullptr) Zarel::fail(38);
+    Zarel::Blas::copy(length, block, target);
   });
   return 0;
 }

@@ -31,12 +31,18 @@ struct BlockRule {
 
 /** Calls visit(first, length) for the blocks of `n` values; a block without values is left out. */
 template <class Visit>
-void forEachBlock(long long n, Visit visit) {
-  const BlockRule rule(n, kBlockSize);
+void forEachBlock(long long n, long long size, Visit visit) {
+  const BlockRule rule(n, size);
   for (long long b = 0; b < rule.count; ++b) {
     const long long length = b + 1 == rule.count ? rule.last : rule.length;
     if (length > 0) visit(b * rule.length, length);
   }
+}
+
+/** The same for blocks of the size that the mixed paths work in. */
+template <class Visit>
+void forEachBlock(long long n, Visit visit) {
+  forEachBlock(n, kBlockSize, visit);
 }
 
 /** Calls visit(first, length) for pieces that a routine with `int` counts takes; once at least. */
