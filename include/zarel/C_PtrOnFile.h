@@ -163,6 +163,9 @@ public:
   int Attach(FILE* stream, I count, I bufferSize);
   /** Throws 2871. */
   int Attach(T* values);
+  /** Writes `count` values from `first` on; the window is empty then. Returns 0. Throws 12, 20, 22.
+   */
+  int Store(I first, I count, T* values);
   /**
    * Makes a buffer of `size` values, or of all if they are fewer, fills it from where the stream
    * stands, makes it the window from 0 on and moves the stream by the values that are left. Without

@@ -248,6 +248,14 @@ int C_PtrOnFile<T, I>::SetVal(I i, T value) {
 }
 
 template <class T, class I>
+int C_PtrOnFile<T, I>::Store(I first, I count, T* values) {
+  if (count < 1) return 0;
+  setWindow(0, 0);
+  seekTo(first, count, 22);
+  return file_->Write(values, static_cast<int>(count));
+}
+
+template <class T, class I>
 void C_PtrOnFile<T, I>::fill(T value, I first, I count) {
   T values[kFillSize];
   std::fill_n(values, std::min<I>(count, kFillSize), value);
@@ -283,11 +291,9 @@ int C_PtrOnFile<T, I>::SMlt(T alpha, I first, I count) {
   if (Zarel::modulus(alpha) < kNoFactor) return Zero(first, count);
   forEachPart(first, count, step(), [&](I at, I length) {
     T* block = readWindow(at, length);
-    setWindow(0, 0); // no window while buffer and file differ
     Zarel::Blas::scal(length, alpha, block);
-    seekTo(at, length, 22);
-    file_->Write(block, static_cast<int>(length));
-    setWindow(at, length);
+    Store(at, length, block);
+    setWindow(at, length); // a failing write leaves no window, as buffer and file differ
   });
   return 0;
 }

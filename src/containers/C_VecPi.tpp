@@ -229,6 +229,23 @@ int C_VecPi<T, I, P>::WriteMatlab(FILE* file) {
 
 // Files.
 
+namespace {
+
+/** Stores a block at once where the storage can, else value by value. */
+template <class P, class T, class I>
+auto storeBlock(P& storage, I first, I count, T* values)
+    -> decltype(storage.Store(first, count, values)) {
+  return storage.Store(first, count, values);
+}
+template <class P, class T, class I, class... None>
+int storeBlock(P& storage, I first, I count, T* values, None...) {
+  for (I i = 0; i < count; ++i)
+    storage.SetVal(first + i, values[i]);
+  return 0;
+}
+
+} // namespace
+
 template <class T, class I, class P>
 template <class Handle>
 int C_VecPi<T, I, P>::writeTo(Handle handle) {
@@ -236,7 +253,9 @@ int C_VecPi<T, I, P>::writeTo(Handle handle) {
   C_BaseVec<I>::Write(handle);
   Zarel::WorkBlock<T> work(Zarel::newValues<T>(Zarel::kBlockSize));
   Zarel::forEachBlock(this->dim_, [&](long long first, long long length) {
-    work.replace(storage_.Extract(static_cast<I>(first), static_cast<I>(length), work.get()));
+    Zarel::keepPosition(handle, [&] {
+      work.replace(storage_.Extract(static_cast<I>(first), static_cast<I>(length), work.get()));
+    });
     Zarel::writeValues(handle, work.get(), length);
   });
   return 0;
@@ -256,8 +275,9 @@ int C_VecPi<T, I, P>::readFrom(Handle handle) {
   Zarel::WorkBlock<T> work(Zarel::newValues<T>(Zarel::kBlockSize));
   Zarel::forEachBlock(n, [&](long long first, long long length) {
     Zarel::readValues(handle, work.get(), length);
-    for (long long i = 0; i < length; ++i)
-      storage_.SetVal(static_cast<I>(first + i), work.get()[i]);
+    Zarel::keepPosition(handle, [&] {
+      storeBlock(storage_, static_cast<I>(first), static_cast<I>(length), work.get());
+    });
   });
   return 0;
 }

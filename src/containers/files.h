@@ -2,9 +2,11 @@
 #ifndef ZAREL_CONTAINERS_FILES_H
 #define ZAREL_CONTAINERS_FILES_H
 
+#include <cerrno>
 #include <cstdio>
 
 #include <zarel/C_bfd.h>
+#include <zarel/bf.h>
 
 #include "containers/blocks.h"
 #include "runtime/fail.h"
@@ -57,6 +59,19 @@ T readOne(Handle handle) {
   T value(0);
   readValues(handle, &value, 1);
   return value;
+}
+
+/**
+ * Does the work and puts the file back where it stood: the storage that works may lie on the very
+ * file that is being read or written. What has no position, as a pipe, stays alone. Throws 20.
+ */
+template <class Handle, class Work>
+void keepPosition(Handle handle, Work work) {
+  const int descriptor = descriptorOf(handle);
+  const __int64 position = CBF_tell64(descriptor);
+  if (position < 0 && errno != ESPIPE) fail(20);
+  work();
+  if (position >= 0 && CBF_lseek64(descriptor, position, SEEK_SET) < 0) fail(20);
 }
 
 /** A text file that is closed at the end of the scope. */

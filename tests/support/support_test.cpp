@@ -8,7 +8,9 @@
 
 #include "support/Capture.h"
 #include "support/FailingAllocation.h"
+#include "support/FailingCall.h"
 #include "support/Files.h"
+#include "system/calls.h"
 
 using namespace support;
 
@@ -44,6 +46,53 @@ TEST(FailingAllocation, LeavesTheAllocatorAsItWas) {
 
   EXPECT_NE(block, nullptr);
   zarelmem_free(block, __FILE__, __LINE__);
+}
+
+TEST(FailingCall, FailsEachCallInTurnAndTellsItsName) {
+  std::vector<std::string> names;
+  const auto byteFrom = [](int descriptor) {
+    char byte = 0;
+    return Zarel::systemCalls().read(descriptor, &byte, 1);
+  };
+
+  const long failed = forEachFailingCall([&] {
+    const int descriptor = Zarel::systemCalls().open("/dev/zero", 0, 0);
+    if (descriptor >= 0) {
+      const bool came = byteFrom(descriptor) == 1;
+      EXPECT_EQ(came, FailingCall::failed().empty());
+      Zarel::systemCalls().close(descriptor);
+      EXPECT_EQ(byteFrom(descriptor), -1); // closed, whatever the close told
+    }
+    names.push_back(FailingCall::failed());
+  });
+
+  EXPECT_EQ(failed, 4);
+  EXPECT_EQ(names, (std::vector<std::string>{"open", "read", "close", "read", ""}));
+}
+
+TEST(FailingCall, CountsOneNameAndGivesTheError) {
+  const FailingCall failing(2, "lseek", ENOSPC);
+  const Zarel::SystemCalls& calls = Zarel::systemCalls();
+  const int descriptor = calls.open("/dev/zero", 0, 0);
+
+  EXPECT_EQ(calls.lseek(descriptor, 0, SEEK_CUR), 0);
+  EXPECT_EQ(calls.lseek(descriptor, 0, SEEK_CUR), -1);
+  EXPECT_EQ(errno, ENOSPC);
+  EXPECT_EQ(calls.lseek(descriptor, 0, SEEK_CUR), 0);
+
+  EXPECT_EQ(FailingCall::count(), 3);
+  EXPECT_EQ(FailingCall::failed(), "lseek");
+  calls.close(descriptor);
+}
+
+TEST(FailingCall, LeavesTheTableAsItWas) {
+  const auto former = Zarel::systemCalls().open;
+  {
+    const FailingCall failing(1);
+    EXPECT_NE(Zarel::systemCalls().open, former);
+  }
+
+  EXPECT_EQ(Zarel::systemCalls().open, former);
 }
 
 TEST(Capture, SeparatesTheStreamsAndPutsThemBack) {
