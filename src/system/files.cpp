@@ -11,7 +11,7 @@ namespace {
 // The kind of what a name stands for, 0 if there is nothing.
 mode_t kindOf(const std::string& name) {
   struct stat status;
-  return stat(name.c_str(), &status) == 0 ? status.st_mode & S_IFMT : 0;
+  return systemCalls().stat(name.c_str(), &status) == 0 ? status.st_mode & S_IFMT : 0;
 }
 
 } // namespace
@@ -33,7 +33,7 @@ bool isDirectory(const std::string& name) {
 
 long long bytesLeft(int fd) {
   struct stat status;
-  if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode)) return -1;
+  if (systemCalls().fstat(fd, &status) != 0 || !S_ISREG(status.st_mode)) return -1;
   const off_t position = systemCalls().lseek(fd, 0, SEEK_CUR);
   if (position < 0) return -1;
   return position < status.st_size ? status.st_size - position : 0;

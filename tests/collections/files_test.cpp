@@ -139,9 +139,13 @@ TEST_F(ListFile, WithoutMemoryReadsWhatCameBefore) {
 TEST_F(ListFile, FailingFlushIsReportedWithTheSystemsText) {
   FILE* const full = std::fopen("/dev/full", "w");
   ASSERT_NE(full, nullptr);
-  const LIS_WRITE buffered = [](FILE* stream, const void*) { return std::fputc('x', stream) == 'x' ? 0 : -1; };
+  const LIS_WRITE buffered = [](FILE* stream, const void*) {
+    return std::fputc('x', stream) == 'x' ? 0 : -1;
+  };
   const auto former = Zarel::systemCalls().write;
-  Zarel::systemCalls().write = [](int, const void*, size_t bytes) { return static_cast<ssize_t>(bytes); };
+  Zarel::systemCalls().write = [](int, const void*, size_t bytes) {
+    return static_cast<ssize_t>(bytes);
+  };
 
   EXPECT_EQ(LTE_boutput(full, list, buffered, -1), -1);
 

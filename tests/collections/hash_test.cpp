@@ -212,8 +212,7 @@ TEST_F(Hash, DumpHasTitleStatisticsAndNodes) {
   const Table table = tableOf(3);
   hashAdd(table.get(), "d", &numbers[1]);
   hashAdd(table.get(), "a", &numbers[0]);
-  const std::string statistics =
-      printed([&](FILE* file) { hashStatistics(file, table.get()); });
+  const std::string statistics = printed([&](FILE* file) { hashStatistics(file, table.get()); });
 
   EXPECT_EQ(printed([&](FILE* file) { EXPECT_EQ(hashDump(file, "Title\n", table.get()), 0); }),
             "Title\n" + statistics + "\nBucket 1:\n    Value: " + address(&numbers[0]) +

@@ -15,7 +15,8 @@ import sys
 import tempfile
 
 HERE = pathlib.Path(__file__).resolve().parent
-C_HEADERS = ["export.h", "version.h", "itf.h", "blas_info.h", "bf.h", "zarelmem.h", "erreur.h"]
+C_HEADERS = ["export.h", "version.h", "itf.h", "blas_info.h", "bf.h", "zarelmem.h", "erreur.h",
+             "zarelsys.h", "hash_util.h", "liste_chainee.h"]
 
 
 def run(*command, **options):
