@@ -39,6 +39,8 @@ public:
 struct _Cblock;
 template <class T>
 struct VectorSetFiles;
+template <class T>
+class CoefficientSink;
 
 /** Keeps the inherited change of shape away from the shape that the storage of a set stands on. */
 template <class T>
@@ -282,9 +284,10 @@ public:
    */
   /**
    * Computes y = Q x over the vectors `first` to `last` (-1: the end), or y = Q^H x with
-   * `transpose`. `y` is resized. One BLAS call when the set is one block. Vectors with a zero
-   * coefficient are not read. Throws 2872 when `x` does not fit, 12 for vectors that do not exist
-   * or an operand without data.
+   * `transpose`. `y` is resized. One BLAS call when the set is one block, which then starts
+   * `first * DimVec` elements into it: of a link into longer vectors ask for a `first` of 0 only.
+   * Otherwise vectors with a zero coefficient are not read. Throws 2872 when `x` does not fit, 12
+   * for vectors that do not exist or an operand without data.
    */
   int Mv(C_Vec<T, int>& x, C_Vec<T, int>& y, bool transpose, int first, int last);
   /** Computes y = alpha op(Q) x + beta y; op is Q for `trans` 'N', else Q^H. Throws 2872. */
@@ -292,8 +295,9 @@ public:
   /** Computes C = alpha op(Q) B + beta C, column by column; `C` is resized. Throws 2872. */
   void MM(T alpha, C_Mat<T>& B, T beta, C_Mat<T>& C, char trans);
   /**
-   * Computes M = Q^H Q (NbVec x NbVec). Its lower triangle is computed and mirrored without
-   * conjugation. The last vectors that were mapped stay so.
+   * Computes the Gram matrix M (NbVec x NbVec): M(i, j) = vector i^H vector j for i <= j, mirrored
+   * below the diagonal without conjugation: a complex M is symmetric, not Hermitian. The last
+   * vector of a mapped set stays mapped.
    */
   int MatQtQ(C_MatMGe<T>& M);
   /**
@@ -335,8 +339,12 @@ public:
    * `first` above 0 asks for a matrix that has room already. Throws 12.
    */
   int Extract(C_MatMGe<T>& M, BVEC* mask, int first, int last);
-  /** Becomes a copy of the vectors `first` to `last` (exclusive, -1: all) of another set. A set of
-   * other length is made anew in core. */
+  /**
+   * Becomes a copy of the vectors `first` to `last` (exclusive, -1: all) of another set. A set of
+   * other length is made anew in core. Between two sets in core it is one flat copy from the start
+   * of the source's block, whatever `first` and its leading dimension are; use Initialize for
+   * links.
+   */
   int Copy(C_VSTRUCT& source, int first, int last);
   /** Appends copies of all vectors of another set. Throws 2870 unless the set owns its storage. */
   void Merge(C_VSTRUCT& other);
@@ -422,6 +430,36 @@ private:
   _Cblock* blockOf(unsigned int i) const;
   bool mapped() const { return coreMode_ == 2 && mapFile_; }
   bool fileResident() const { return coreMode_ == 2 && !mapFile_; }
+  template <class Work>
+  void withVector(int j, Work work);
+  template <class Visit>
+  void forEachRange(int first, int last, Visit visit);
+  bool asMatrix(int first, int last, T*& data, int& lead);
+  void requireOperand(C_Vec<T, int>& v) const;
+
+  // Values.
+  void store(int i, T const* values);
+  void storeVector(int i, C_Vec<T, int>& x);
+  void copyVector(int to, C_VSTRUCT& source, int from);
+  void copyAll(C_VSTRUCT& source, int at);
+  void readRow(int i, T* out);
+  template <class Visit>
+  void forEachPiece(int row, int count, int col0, int col1, Visit visit);
+
+  // Numerics.
+  void mvOneBlock(T* x, T* y, bool transpose, int first, int count);
+  void mvTransposed(T* x, T* y, int first, int last);
+  void mvPlain(T* x, T* y, int first, int last);
+  void gramByVectors(C_MatMGe<T>& M);
+  void productByVectors(C_VSTRUCT& Q1, C_MatMGe<T>& M, int n);
+  int orthonormaliseByBlocks(double tol, int start, CoefficientSink<T>& sink, T* data, int lead);
+  int orthonormaliseByVectors(double tol, int start, CoefficientSink<T>& sink);
+  void projectOut(C_Vec<T, int>& t, int j, T& coefficient);
+  void requirePlace(C_Vec<T, int>& x, int i) const;
+  template <class With>
+  void forEachBefore(int i, With with);
+  static void addIfFelt(Vector& v, C_Vec<T, int>& x, T a, double norm0);
+  static void requireIndependent(double left, double whole, double tol, double* ratio);
 
   // DimVec and NbVec are rows_ and columns_ of the matrix.
   bool valid_ = false;

@@ -17,6 +17,7 @@ constexpr int BadCoreMode = 3;
 constexpr int NoFileName = 4;
 constexpr int NotValid = 11;
 constexpr int OutOfRange = 12;
+constexpr int NotMapped = 13;
 constexpr int NotUnmapped = 14;
 constexpr int FileNotOpened = 19;
 constexpr int FileSizeNotSet = 24;

@@ -1,0 +1,325 @@
+// Gram-Schmidt by blocks of vectors.
+//
+// With Q the vectors kept so far and B the next block, unit vectors all:
+//   1. B := B - Q H1, H1 = Q^H B
+//   2. B is made orthonormal in itself, K S = B, and loses the vectors of which too little is left
+//   3. K := K - Q H2, H2 = Q^H K, and K is made orthonormal in itself once more, K' S2 = K
+// so that the block was Q (H1 + H2 S) + K' (S2 S). All of it is matrix products but for step 2 on
+// vectors that nearly depend on each other.
+#ifndef ZAREL_VECTORSET_BLOCKGRAMSCHMIDT_H
+#define ZAREL_VECTORSET_BLOCKGRAMSCHMIDT_H
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include <zarel/C_MatMGe.h>
+
+#include "containers/blas.h"
+#include "containers/scalars.h"
+#include <zarel/C_Lapack.h>
+
+#include "vectorset/blas3.h"
+
+namespace Zarel {
+
+/** Vectors shorter than this are zero, whatever the scalar. */
+constexpr double smallestNorm = 2.2250738585072014e-308;
+
+template <class T>
+T conjugated(T value) {
+  if constexpr (IsComplex<T>::value)
+    return std::conj(value);
+  else
+    return value;
+}
+
+/**
+ * Makes a column of coefficients known: `coefficients` belong to the directions from `start` on,
+ * and the last of them is the diagonal if the vector was kept.
+ */
+template <class T>
+class CoefficientSink {
+public:
+  virtual ~CoefficientSink() = default;
+  virtual void zeroVector(int input) = 0;
+  virtual void column(int input, int directions, bool kept, T const* coefficients,
+                      double norm0) = 0;
+};
+
+/** Vectors in a matrix by columns. */
+template <class T>
+struct Columns {
+  T* data;
+  int rows;
+  int lead;
+  T* operator[](int j) const { return data + static_cast<std::ptrdiff_t>(j) * lead; }
+  Columns from(int j) const { return {(*this)[j], rows, lead}; }
+};
+
+template <class T>
+class BlockGramSchmidt {
+public:
+  /** Vectors that are projected at a time. */
+  static constexpr int blockSize = 48;
+
+  BlockGramSchmidt(Columns<T> vectors, double tolerance, int start, CoefficientSink<T>& sink)
+      : all_(vectors), tolerance_(tolerance), start_(start), kept_(start), sink_(sink) {}
+
+  /** Treats the vectors up to `count` and returns how many are kept, those before start included.
+   */
+  int run(int count) {
+    for (int i = start_; i < count; i += blockSize)
+      treat(i, std::min(blockSize, count - i));
+    return kept_;
+  }
+
+private:
+  /** What becomes of an input vector of the block. */
+  struct Input {
+    int index;    // in the set
+    double norm0; // before it was scaled
+    bool zero;
+    bool kept;
+    int before; // vectors of the block that were kept before it
+  };
+
+  void treat(int first, int count) {
+    scaleInputs(first, count);
+    const int q = kept_ - start_;
+    h_.Resize(q, width_);
+    project(q, width_, h_);
+    s_.Resize(width_, width_);
+    s_.Zero();
+    orthonormaliseBlock();
+    const int k = blockKept_;
+    if (k > 0) secondPass(q, k);
+    emit(first, count);
+    if (first_ != kept_)
+      for (int j = 0; j < k; ++j)
+        std::copy_n(block_[j], all_.rows, all_[kept_ + j]);
+    kept_ += k;
+  }
+
+  /** Scales the vectors to length 1 and moves those that are not zero together. */
+  void scaleInputs(int first, int count) {
+    first_ = first;
+    block_ = all_.from(first);
+    inputs_.clear();
+    width_ = 0;
+    for (int c = 0; c < count; ++c) {
+      const double norm0 = normOf(block_[c]);
+      const bool zero = norm0 <= smallestNorm;
+      inputs_.push_back({first + c, norm0, zero, false, 0});
+      if (zero) continue;
+      if (width_ != c) std::copy_n(block_[c], all_.rows, block_[width_]);
+      Blas::divide(all_.rows, norm0, block_[width_++]);
+    }
+    active_.clear();
+    for (Input& input : inputs_)
+      if (!input.zero) active_.push_back(&input);
+  }
+
+  double normOf(T* x) const { return std::sqrt(Blas::sumOfSquares(all_.rows, x)); }
+
+  /** H := Q^H B, B := B - Q H for the first `width` vectors of the block. */
+  void project(int q, int width, C_MatMGe<T>& h) {
+    if (q == 0 || width == 0) return;
+    const Columns<T> kept = all_.from(start_);
+    Lapack::gemm('C', 'N', q, width, all_.rows, T(1), kept.data, all_.lead, block_.data, all_.lead,
+                 T(0), h.Adr(), q);
+    Lapack::gemm('N', 'N', all_.rows, width, q, T(-1), kept.data, all_.lead, h.Adr(), q, T(1),
+                 block_.data, all_.lead);
+  }
+
+  // Step 2.
+
+  /**
+   * Takes the vectors in groups that a Cholesky factor of their Gram matrix orthonormalises
+   * without loss: a group ends before a vector of which less than a tenth is left beside the others
+   * of the group. The vectors behind a group are projected on it.
+   */
+  void orthonormaliseBlock() {
+    blockKept_ = 0;
+    for (int at = 0; at < width_;) {
+      const int end = decideGroup(at);
+      const int k = static_cast<int>(group_.size());
+      if (k > 0) finishGroup(k);
+      if (k > 0 && end < width_) projectRest(k, end);
+      blockKept_ += k;
+      at = end;
+    }
+  }
+
+  /** Decides on vectors from `at` on; returns the first one on which the Gram matrix cannot. */
+  int decideGroup(int at) {
+    const int w = width_ - at;
+    g_.Resize(w, w);
+    Blas::gramUpper(w, all_.rows, block_[at], all_.lead, g_.Adr(), w);
+    group_.clear();
+    for (int c = 0; c < w; ++c) {
+      const double length2 = modulus(g_(c, c));
+      const double rest2 = length2 - eliminate(c);
+      const bool tooShort = isTooShort(std::sqrt(length2));
+      if (!tooShort && !group_.empty() && !(rest2 >= 0.01 * length2)) return at + c;
+      decide(at, c, tooShort ? 0 : std::sqrt(rest2), tooShort);
+    }
+    return width_;
+  }
+
+  bool isTooShort(double norm) const { return norm < smallestNorm || tolerance_ > norm; }
+
+  /** Column c of the factor over the vectors of the group; returns the sum of their squares. */
+  double eliminate(int c) {
+    double sum = 0;
+    for (std::size_t a = 0; a < group_.size(); ++a) {
+      const int j = group_[a];
+      T value = g_(j, c);
+      for (std::size_t b = 0; b < a; ++b)
+        value -= conjugated(g_(group_[b], j)) * g_(group_[b], c);
+      value /= g_(j, j);
+      g_(j, c) = value;
+      sum += modulus(value) * modulus(value);
+    }
+    return sum;
+  }
+
+  void decide(int at, int c, double norm1, bool tooShort) {
+    Input& input = *active_[static_cast<std::size_t>(at + c)];
+    const int k = static_cast<int>(group_.size());
+    input.before = blockKept_ + k;
+    for (int a = 0; a < k; ++a)
+      s_(blockKept_ + a, at + c) += g_(group_[static_cast<std::size_t>(a)], c);
+    if (tooShort || isTooShort(norm1)) return;
+    input.kept = true;
+    g_(c, c) = fromReal<T>(norm1);
+    s_(blockKept_ + k, at + c) = fromReal<T>(norm1);
+    group_.push_back(c);
+    groupAt_ = at;
+  }
+
+  /** Brings the group behind the vectors kept before and makes it orthonormal. */
+  void finishGroup(int k) {
+    small_.Resize(k, k);
+    for (int b = 0; b < k; ++b)
+      for (int a = 0; a <= b; ++a)
+        small_(a, b) = g_(group_[static_cast<std::size_t>(a)], group_[static_cast<std::size_t>(b)]);
+    for (int a = 0; a < k; ++a) {
+      const int from = groupAt_ + group_[static_cast<std::size_t>(a)];
+      if (from != blockKept_ + a) std::copy_n(block_[from], all_.rows, block_[blockKept_ + a]);
+    }
+    Blas::divideByUpper(all_.rows, k, small_.Adr(), k, block_[blockKept_], all_.lead);
+  }
+
+  void projectRest(int k, int end) {
+    const int w = width_ - end;
+    small_.Resize(k, w);
+    Lapack::gemm('C', 'N', k, w, all_.rows, T(1), block_[blockKept_], all_.lead, block_[end],
+                 all_.lead, T(0), small_.Adr(), k);
+    Lapack::gemm('N', 'N', all_.rows, w, k, T(-1), block_[blockKept_], all_.lead, small_.Adr(), k,
+                 T(1), block_[end], all_.lead);
+    for (int c = 0; c < w; ++c)
+      for (int a = 0; a < k; ++a)
+        s_(blockKept_ + a, end + c) += small_(a, c);
+  }
+
+  // Step 3.
+
+  void secondPass(int q, int k) {
+    h2_.Resize(q, k);
+    project(q, k, h2_);
+    if (q > 0) // H := H + H2 S
+      Lapack::gemm('N', 'N', q, width_, k, T(1), h2_.Adr(), q, s_.Adr(), s_.LeadDim(), T(1),
+                   h_.Adr(), q);
+    g_.Resize(k, k);
+    Blas::gramUpper(k, all_.rows, block_.data, all_.lead, g_.Adr(), k);
+    if (factorGram(k))
+      Blas::divideByUpper(all_.rows, k, g_.Adr(), k, block_.data, all_.lead);
+    else
+      oneByOne(k);
+    applyFactor(k);
+  }
+
+  /** The Cholesky factor of G, near the identity; false if it is not. */
+  bool factorGram(int k) {
+    for (int c = 0; c < k; ++c) {
+      double rest2 = modulus(g_(c, c));
+      for (int j = 0; j < c; ++j) {
+        T value = g_(j, c);
+        for (int b = 0; b < j; ++b)
+          value -= conjugated(g_(b, j)) * g_(b, c);
+        g_(j, c) = value / g_(j, j);
+        rest2 -= modulus(g_(j, c)) * modulus(g_(j, c));
+      }
+      if (!(rest2 > 0.25)) return false;
+      g_(c, c) = fromReal<T>(std::sqrt(rest2));
+    }
+    return true;
+  }
+
+  /** For vectors that were rounding errors of their kind, which a tolerance near 0 lets pass. */
+  void oneByOne(int k) {
+    g_.Zero();
+    for (int c = 0; c < k; ++c) {
+      for (int j = 0; j < c; ++j)
+        for (int pass = 0; pass < 2; ++pass) {
+          const T h = Blas::dot(all_.rows, block_[j], block_[c]);
+          Blas::axpy(all_.rows, -h, block_[j], block_[c]);
+          g_(j, c) += h;
+        }
+      const double norm = normOf(block_[c]);
+      g_(c, c) = fromReal<T>(norm);
+      if (norm > 0) Blas::divide(all_.rows, norm, block_[c]);
+    }
+  }
+
+  /** S := S2 S */
+  void applyFactor(int k) {
+    for (int c = 0; c < width_; ++c)
+      for (int a = 0; a < k; ++a) {
+        T sum(0);
+        for (int b = a; b < k; ++b)
+          sum += g_(a, b) * s_(b, c);
+        s_(a, c) = sum;
+      }
+  }
+
+  void emit(int first, int count) {
+    const int q = kept_ - start_;
+    std::vector<T> column(static_cast<std::size_t>(q + blockKept_ + 1));
+    int c = 0;
+    for (int i = 0; i < count; ++i) {
+      const Input& input = inputs_[static_cast<std::size_t>(i)];
+      if (input.zero) {
+        sink_.zeroVector(first + i);
+        continue;
+      }
+      std::copy_n(h_.Adr() + static_cast<std::ptrdiff_t>(c) * q, q, column.data());
+      const int own = input.before + (input.kept ? 1 : 0);
+      std::copy_n(s_[c], own, column.data() + q);
+      sink_.column(first + i, kept_ + input.before, input.kept, column.data(), input.norm0);
+      ++c;
+    }
+  }
+
+  Columns<T> all_;
+  double tolerance_;
+  int start_;
+  int kept_;
+  CoefficientSink<T>& sink_;
+
+  Columns<T> block_{nullptr, 0, 0};
+  int first_ = 0;
+  int width_ = 0;
+  int blockKept_ = 0;
+  std::vector<Input> inputs_;
+  std::vector<Input*> active_;
+  std::vector<int> group_;
+  int groupAt_ = 0;
+  C_MatMGe<T> h_, h2_, s_, g_, small_;
+};
+
+} // namespace Zarel
+
+#endif

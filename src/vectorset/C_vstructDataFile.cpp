@@ -1,0 +1,132 @@
+// Vector sets: the data file of a set out of core.
+#include <zarel/C_vstruct.h>
+
+#include <cerrno>
+#include <climits>
+#include <fcntl.h>
+
+#include <zarel/C_MapManager.h>
+#include <zarel/zarelmem.h>
+#include <zarel/zarelsys.h>
+
+#include "system/calls.h"
+#include "system/text.h"
+#include "vectorset/instantiate.h"
+#include "vectorset/steps.h"
+
+namespace Zarel {
+
+namespace {
+
+constexpr mode_t ownerOnly = 0600;
+constexpr int mostTemporaryNames = 100;
+constexpr char defaultPrefix[] = "ZRLVS";
+
+int openNew(const std::wstring& name, int how) {
+  return systemCalls().open(toUtf8(name).c_str(), O_RDWR | O_CREAT | O_CLOEXEC | how, ownerOnly);
+}
+
+std::wstring temporaryName(const std::wstring& prefix) {
+  wchar_t* const name = zarel_tempnam(nullptr, prefix.c_str());
+  if (name == nullptr) fail(NoFileName);
+  const std::wstring result(name);
+  zarelmem_free(name, __FILE__, __LINE__);
+  return result;
+}
+
+/** A file that nobody else has: should the name be taken meanwhile, another one is tried. */
+int openTemporary(const char* prefix, std::wstring& name) {
+  const std::wstring wide = toWide(prefix == nullptr ? defaultPrefix : prefix);
+  int fd = -1;
+  for (int trial = 0; fd < 0 && trial < mostTemporaryNames; ++trial) {
+    name = temporaryName(wide);
+    fd = openNew(name, O_EXCL);
+    if (fd < 0 && errno != EEXIST) break;
+  }
+  return fd;
+}
+
+} // namespace
+
+template <class T>
+void C_VSTRUCT<T>::_CreateDataFile(std::wstring const& name, char const* prefix) {
+  ZAREL_STEP("_CreateDataFile");
+  std::wstring chosen(name);
+  const int fd = chosen.empty() ? openTemporary(prefix, chosen) : openNew(chosen, O_TRUNC);
+  if (fd < 0) fail(FileNotOpened, reasonInErrno);
+  fileOpenedHere_ = true;
+  fileDescriptor_ = fd;
+  initialOffSet_ = 0;
+  boundName_.swap(chosen); // which cannot fail, so that the file has an owner from here on
+  withMemory([&] { fileName_ = boundName_; });
+  _setDataFileSize(_ComputeDataFileSize());
+}
+
+template <class T>
+unsigned __int64 C_VSTRUCT<T>::_ComputeDataFileSize() const {
+  return dataFileSize(this->columns_);
+}
+
+/** The bytes up to the end of the last vector; a size that no file has when they overflow. */
+template <class T>
+unsigned __int64 C_VSTRUCT<T>::dataFileSize(int vectors) const {
+  if (vectors == 0) return initialOffSet_;
+  unsigned __int64 size = 0;
+  const auto behind = static_cast<unsigned __int64>(vectors - 1);
+  const auto data = static_cast<unsigned __int64>(this->rows_) * sizeof(T);
+  const bool overflows = __builtin_mul_overflow(behind, strideBytes(), &size) ||
+                         __builtin_add_overflow(size, data, &size) ||
+                         __builtin_add_overflow(size, initialOffSet_, &size);
+  return overflows ? ULLONG_MAX : size;
+}
+
+template <class T>
+void C_VSTRUCT<T>::_setDataFileSize(unsigned __int64 size) {
+  if (size == fileSize_) return;
+  ZAREL_STEP("_setDataFileSize");
+  getGlobalMapManager()->SetDataFileSize(fileDescriptor_, size);
+  fileSize_ = size;
+}
+
+template <class T>
+void C_VSTRUCT<T>::releaseFileHandle() {
+  if (C_MapManager::IsInstanced()) getGlobalMapManager()->ReleaseFileHandle(fileDescriptor_);
+}
+
+/** A descriptor whose closing failed is gone all the same: a second try could close another file.
+ */
+template <class T>
+void C_VSTRUCT<T>::_CloseDataFile(bool strict) {
+  if (coreMode_ != 2 || fileDescriptor_ <= 0) return;
+  ZAREL_STEP("_CloseDataFile");
+  releaseFileHandle();
+  if (!fileOpenedHere_) return;
+  FILE* const stream = stream_;
+  const int fd = fileDescriptor_;
+  stream_ = nullptr;
+  fileDescriptor_ = -1;
+  fileOpenedHere_ = false;
+  const int result = stream != nullptr ? std::fclose(stream) : systemCalls().close(fd);
+  if (result != 0 && strict) fail(FileNotClosed, reasonInErrno);
+}
+
+template <class T>
+void C_VSTRUCT<T>::_RemoveDataFile(bool strict) {
+  if (!memOwner_ || coreMode_ != 2) return;
+  ZAREL_STEP("_RemoveDataFile");
+  if (!boundName_.empty() && zarel_unlink(boundName_.c_str()) != 0 && strict) return;
+  if (fileName_ == boundName_) fileName_.clear();
+  boundName_.clear();
+  fileSize_ = 0;
+}
+
+/** Takes a file as the set's own; its name stands until the file is removed or left behind. */
+template <class T>
+void C_VSTRUCT<T>::bindFile(std::wstring const& name) {
+  fileName_ = name;
+  boundName_ = name;
+}
+
+} // namespace Zarel
+
+ZAREL_INSTANTIATE_VECTORSETS
