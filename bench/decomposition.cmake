@@ -1,0 +1,2 @@
+zarel_bench(decomposition_bench SOURCES decomposition.cpp)
+zarel_bench(decomposition_memory SOURCES decomposition_memory.cpp)
