@@ -44,6 +44,10 @@ protected:
   C_Singleton() = default;
   virtual ~C_Singleton() = default;
 
+  /** Makes `instance`, from `new`, the one instance: for an `X` of which a host may derive. Kill
+   * the former one before. */
+  static void Adopt(X* instance) { _singleton = instance; }
+
 private:
   static X* _singleton;
 };

@@ -1,4 +1,5 @@
-// The seam below the zarelmem_ family: tests replace these functions to make allocations fail.
+// The process heap below the memory manager: tests replace these functions to make allocations
+// fail.
 #ifndef ZAREL_MEMORY_ALLOCATOR_H
 #define ZAREL_MEMORY_ALLOCATOR_H
 
@@ -13,8 +14,12 @@ struct Allocator {
   void (*free)(void* block);
 };
 
+extern Allocator processHeap;
+
 // The functions in use.
-Allocator& allocator();
+inline Allocator& allocator() {
+  return processHeap;
+}
 
 } // namespace Zarel
 

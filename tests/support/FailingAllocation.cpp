@@ -3,6 +3,8 @@
 #include <atomic>
 #include <cstdlib>
 
+#include <zarel/C_MemManager.h>
+
 #include "memory/allocator.h"
 
 namespace {
@@ -101,7 +103,9 @@ void operator delete[](void* block, size_t, std::align_val_t) noexcept {
 
 namespace support {
 
+// The memory manager's own tables are no allocations of what is tested.
 FailingAllocation::FailingAllocation(long n) {
+  getGlobalMemManager();
   ++living;
   Zarel::allocator() = {countedMalloc, countedCalloc, countedRealloc, real.free};
   failed = false;

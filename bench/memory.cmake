@@ -1,0 +1,1 @@
+zarel_bench(bench_memory SOURCES memory.cpp)

@@ -1,0 +1,770 @@
+// The memory manager: origins, books, tags, host functions, samples.
+#include <zarel/C_MemManager.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <zarel/C_PllMgr.h>
+#include <zarel/zarelmem.h>
+
+#include "memory/allocator.h"
+#include "memory/elapsed.h"
+#include "support/FailingAllocation.h"
+#include "support/Files.h"
+#include "system/machine.h"
+
+namespace {
+
+using u64 = unsigned __int64;
+using support::TempDirectory;
+using support::WorkingDirectory;
+
+#define HERE "test", __FILE__, __LINE__
+
+constexpr std::uint32_t kHeap = 33288;
+constexpr std::uint32_t kExternal = 1010101;
+
+// A manager of a host: it can be built, and notes its calls.
+class HostManager : public C_MemManager {
+public:
+  void HandleError() override { ++errors; }
+  __int64 AllocMem() override { return resident < 0 ? C_MemManager::AllocMem() : resident; }
+  __int64 InfoMem(int key) override {
+    lastKey = key;
+    return C_MemManager::InfoMem(key);
+  }
+
+  int errors = 0;
+  int lastKey = 0;
+  __int64 resident = -1;
+};
+
+struct HeaderBytes {
+  std::uint32_t magic;
+  std::int32_t tag;
+  std::uint64_t size;
+};
+
+HeaderBytes headerOf(const void* block) {
+  HeaderBytes header;
+  std::memcpy(&header, static_cast<const char*>(block) - 16, 16);
+  return header;
+}
+
+// What the host's functions were given.
+struct HostCall {
+  std::string name;
+  void* block = nullptr;
+  u64 size = 0;
+  int zero = -1;
+  std::string file;
+  int line = 0;
+};
+std::vector<HostCall> calls;
+std::vector<int> keys;
+
+void* hostCalloc(u64 size, int zero, char* file, int line) {
+  calls.push_back({"calloc", nullptr, size, zero, file, line});
+  return std::calloc(1, size);
+}
+void* hostMalloc(u64 size, int zero, char* file, int line) {
+  calls.push_back({"malloc", nullptr, size, zero, file, line});
+  return std::malloc(size);
+}
+void* hostRealloc(void* block, u64 size, int zero, char* file, int line) {
+  calls.push_back({"realloc", block, size, zero, file, line});
+  return std::realloc(block, size);
+}
+void hostFree(void* block, char* file, int line) {
+  calls.push_back({"free", block, 0, 0, file, line});
+  std::free(block);
+}
+__int64 hostInfo(int* key, int* zero) {
+  keys.push_back(*key);
+  return 1000 * *key + *zero;
+}
+void* noMalloc(u64, int, char*, int) {
+  return nullptr;
+}
+void* noRealloc(void*, u64, int, char*, int) {
+  return nullptr;
+}
+
+class MemManager : public testing::Test {
+protected:
+  MemManager() {
+    calls.clear();
+    keys.clear();
+  }
+
+  void useHost() { manager.Init(hostCalloc, hostMalloc, hostRealloc, hostFree, hostInfo); }
+
+  HostManager manager;
+};
+
+TEST_F(MemManager, PutsAHeaderOf16BytesBeforeABlock) {
+  void* const block = manager.Malloc(100, HERE);
+
+  const HeaderBytes header = headerOf(block);
+  EXPECT_EQ(header.magic, kHeap);
+  EXPECT_EQ(header.tag, 0);
+  EXPECT_EQ(header.size, 116u);
+  EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % 16, 0u);
+  manager.Free(block, __FILE__, __LINE__);
+}
+
+TEST_F(MemManager, BooksRequestAndHeader) {
+  void* const a = manager.Malloc(100, HERE);
+  void* const b = manager.Calloc(5, 8, HERE);
+
+  EXPECT_EQ(manager.MemSize(), 116u + 56u);
+  EXPECT_EQ(manager.TagMemSize(0), 116u + 56u);
+  EXPECT_EQ(manager.SumMemSize(), 116u + 56u);
+  manager.Free(a, __FILE__, __LINE__);
+  EXPECT_EQ(manager.MemSize(), 56u);
+  manager.Free(b, __FILE__, __LINE__);
+  EXPECT_EQ(manager.MemSize(), 0u);
+}
+
+TEST_F(MemManager, KeepsThePeaks) {
+  void* const a = manager.Malloc(84, HERE);
+  manager.Free(a, __FILE__, __LINE__);
+  void* const b = manager.Malloc(34, HERE);
+
+  EXPECT_EQ(manager.MemSize(), 50u);
+  EXPECT_EQ(manager.MaxMemSize(), 100u);
+  EXPECT_EQ(manager.TagMaxMemSize(0), 100u);
+  manager.Free(b, __FILE__, __LINE__);
+}
+
+TEST_F(MemManager, SumOfThePeaksIsNoPeakOfTheSum) {
+  manager.SetTag(1);
+  manager.Free(manager.Malloc(84, HERE), __FILE__, __LINE__);
+  manager.SetTag(2);
+  manager.Free(manager.Malloc(184, HERE), __FILE__, __LINE__);
+
+  EXPECT_EQ(manager.SumMaxMemSize(), 300u);
+  EXPECT_EQ(manager.MaxMemSize(), 200u);
+}
+
+TEST_F(MemManager, ARequestOfNoBytesIsABlockOf16) {
+  void* const block = manager.Malloc(0, HERE);
+
+  ASSERT_NE(block, nullptr);
+  EXPECT_EQ(headerOf(block).size, 16u);
+  EXPECT_EQ(manager.MemSize(), 16u);
+  manager.Free(block, __FILE__, __LINE__);
+}
+
+TEST_F(MemManager, CallocClears) {
+  manager.SetMinSizeForExtAlloc(1000);
+  for (const u64 number : {10, 1000}) {
+    auto* const block = static_cast<unsigned char*>(manager.Calloc(number, 3, HERE));
+    for (u64 k = 0; k < 3 * number; ++k)
+      ASSERT_EQ(block[k], 0);
+    manager.Free(block, __FILE__, __LINE__);
+  }
+}
+
+TEST_F(MemManager, ABookedSizeAtTheThresholdIsExternalAndOneByteLessIsNot) {
+  manager.SetMinSizeForExtAlloc(1016);
+
+  void* const external = manager.Malloc(1000, HERE);
+  void* const heap = manager.Malloc(999, HERE);
+  void* const cleared = manager.Calloc(10, 100, HERE);
+
+  EXPECT_EQ(headerOf(external).magic, kExternal);
+  EXPECT_EQ(headerOf(heap).magic, kHeap);
+  EXPECT_EQ(headerOf(cleared).magic, kExternal);
+  for (void* block : {external, heap, cleared})
+    manager.Free(block, __FILE__, __LINE__);
+  EXPECT_EQ(manager.MemSize(), 0u);
+}
+
+// The largest heap block and the smallest external one differ by nothing but their magic. The
+// blocks are not touched, so they take addresses only.
+TEST_F(MemManager, TheDefaultThresholdIs2147483647BookedBytes) {
+  void* const heap = manager.Malloc(2147483646 - 16, HERE);
+  void* const external = manager.Malloc(2147483647 - 16, HERE);
+
+  ASSERT_NE(heap, nullptr);
+  ASSERT_NE(external, nullptr);
+  EXPECT_EQ(headerOf(heap).magic, kHeap);
+  EXPECT_EQ(headerOf(external).magic, kExternal);
+  manager.Free(heap, __FILE__, __LINE__);
+  manager.Free(external, __FILE__, __LINE__);
+}
+
+TEST_F(MemManager, LoweringTheThresholdLeavesLiveBlocksWhereTheyAre) {
+  useHost();
+  void* const block = manager.Malloc(5000, HERE);
+
+  manager.SetMinSizeForExtAlloc(100);
+  manager.Free(block, __FILE__, __LINE__);
+
+  EXPECT_TRUE(calls.empty());
+}
+
+TEST_F(MemManager, GivesTheHostSizeZeroFileAndLine) {
+  useHost();
+  manager.SetMinSizeForExtAlloc(100);
+
+  void* block = manager.Malloc(84, "label", "a.c", 11);
+  block = manager.Realloc(block, 200, "label", "b.c", 12);
+  manager.Free(block, "c.c", 13);
+  manager.Free(manager.Calloc(10, 20, "label", "d.c", 14), "e.c", 15);
+
+  ASSERT_EQ(calls.size(), 5u);
+  const std::vector<std::string> names = {"malloc", "realloc", "free", "calloc", "free"};
+  const std::vector<std::string> files = {"a.c", "b.c", "c.c", "d.c", "e.c"};
+  const std::vector<u64> sizes = {100, 216, 0, 216, 0};
+  for (size_t k = 0; k < 5; ++k) {
+    EXPECT_EQ(calls[k].name, names[k]);
+    EXPECT_EQ(calls[k].file, files[k]);
+    EXPECT_EQ(calls[k].size, sizes[k]);
+    EXPECT_EQ(calls[k].zero, 0);
+    EXPECT_EQ(calls[k].line, 11 + static_cast<int>(k));
+  }
+  EXPECT_EQ(static_cast<char*>(block) - 16, calls[2].block);
+}
+
+TEST_F(MemManager, FreeOfNullDoesNothing) {
+  manager.Free(nullptr, __FILE__, __LINE__);
+
+  EXPECT_EQ(manager.MemSize(), 0u);
+}
+
+TEST_F(MemManager, FreeOfAForeignPointerIsPassedOver) {
+  alignas(16) char bytes[64] = {};
+  void* const block = manager.Malloc(10, HERE);
+
+  manager.Free(bytes + 32, __FILE__, __LINE__);
+
+  EXPECT_EQ(manager.MemSize(), 26u);
+  EXPECT_EQ(manager.TagMemSize(0), 26u);
+  EXPECT_EQ(manager.errors, 0);
+  manager.Free(block, __FILE__, __LINE__);
+}
+
+TEST_F(MemManager, ReallocOfAForeignPointerIsAnErrorAndLeavesIt) {
+  alignas(16) char bytes[64] = "untouched";
+
+  EXPECT_EQ(manager.Realloc(bytes + 32, 100, HERE), nullptr);
+
+  EXPECT_EQ(manager.errors, 1);
+  EXPECT_STREQ(bytes, "untouched");
+  EXPECT_EQ(manager.MemSize(), 0u);
+}
+
+TEST_F(MemManager, ReallocOfNullAllocates) {
+  void* const block = manager.Realloc(nullptr, 10, HERE);
+
+  EXPECT_EQ(headerOf(block).size, 26u);
+  manager.Free(block, __FILE__, __LINE__);
+}
+
+TEST_F(MemManager, ReallocKeepsTheContentAndBooksTheChange) {
+  auto* block = static_cast<char*>(manager.Malloc(4, HERE));
+  std::memcpy(block, "abc", 4);
+
+  block = static_cast<char*>(manager.Realloc(block, 100000, HERE));
+  EXPECT_STREQ(block, "abc");
+  EXPECT_EQ(manager.MemSize(), 100016u);
+  block = static_cast<char*>(manager.Realloc(block, 4, HERE));
+
+  EXPECT_STREQ(block, "abc");
+  EXPECT_EQ(manager.MemSize(), 20u);
+  EXPECT_EQ(manager.MaxMemSize(), 100016u);
+  manager.Free(block, __FILE__, __LINE__);
+}
+
+TEST_F(MemManager, ABlockNeverMovesBetweenTheOrigins) {
+  useHost();
+  manager.SetMinSizeForExtAlloc(100);
+  void* heap = manager.Malloc(10, HERE);
+  void* external = manager.Malloc(1000, HERE);
+
+  heap = manager.Realloc(heap, 5000, HERE);
+  external = manager.Realloc(external, 1, HERE);
+
+  EXPECT_EQ(headerOf(heap).magic, kHeap);
+  EXPECT_EQ(headerOf(external).magic, kExternal);
+  manager.Free(heap, __FILE__, __LINE__);
+  manager.Free(external, __FILE__, __LINE__);
+  EXPECT_EQ(calls.size(), 3u);
+}
+
+// Odd and kept: the block's later release comes off a tag that never got its first bytes.
+TEST_F(MemManager, ReallocMovesABlockToTheCurrentTagButLeavesItsBytesBookedOnTheOldOne) {
+  manager.SetTag(1);
+  void* block = manager.Malloc(84, HERE);
+  manager.SetTag(2);
+
+  block = manager.Realloc(block, 184, HERE);
+  EXPECT_EQ(headerOf(block).tag, 2);
+  EXPECT_EQ(manager.TagMemSize(1), 200u);
+  EXPECT_EQ(manager.TagMaxMemSize(1), 200u);
+  EXPECT_EQ(manager.TagMemSize(2), 0u);
+  manager.Free(block, __FILE__, __LINE__);
+
+  EXPECT_EQ(manager.TagMemSize(1), 200u);
+  EXPECT_EQ(manager.TagMemSize(2), u64(0) - 200u);
+  EXPECT_EQ(manager.MemSize(), 0u);
+}
+
+TEST_F(MemManager, AShrunkBlockTakesItsChangeOffTheOldTag) {
+  manager.SetTag(1);
+  void* block = manager.Malloc(184, HERE);
+  manager.SetTag(2);
+
+  block = manager.Realloc(block, 84, HERE);
+
+  EXPECT_EQ(manager.TagMemSize(1), 100u);
+  EXPECT_EQ(manager.TagMaxMemSize(1), 200u);
+  manager.Free(block, __FILE__, __LINE__);
+}
+
+TEST_F(MemManager, ExhaustedMemoryCallsTheHookAndGivesNull) {
+  void* const block = manager.Malloc(10, HERE);
+  long failures = 0;
+  for (int operation = 0; operation < 3; ++operation) {
+    const support::FailingAllocation failing(1);
+    void* const result = operation == 0   ? manager.Malloc(10, HERE)
+                         : operation == 1 ? manager.Calloc(1, 10, HERE)
+                                          : manager.Realloc(block, 100, HERE);
+    EXPECT_EQ(result, nullptr);
+    EXPECT_EQ(manager.errors, ++failures);
+  }
+
+  EXPECT_EQ(manager.MemSize(), 26u);
+  EXPECT_EQ(manager.MaxMemSize(), 26u);
+  EXPECT_EQ(headerOf(block).size, 26u);
+  manager.Free(block, __FILE__, __LINE__);
+}
+
+TEST_F(MemManager, AHostWithoutMemoryCallsTheHookToo) {
+  manager.Init(noMalloc, noMalloc, noRealloc, hostFree, hostInfo);
+  manager.SetMinSizeForExtAlloc(0);
+
+  EXPECT_EQ(manager.Malloc(10, HERE), nullptr);
+  EXPECT_EQ(manager.Calloc(10, 1, HERE), nullptr);
+
+  EXPECT_EQ(manager.errors, 2);
+  EXPECT_EQ(manager.MemSize(), 0u);
+}
+
+TEST_F(MemManager, AHostThatCannotGrowABlockLeavesIt) {
+  manager.Init(hostCalloc, hostMalloc, noRealloc, hostFree, hostInfo);
+  manager.SetMinSizeForExtAlloc(0);
+  void* const block = manager.Malloc(10, HERE);
+
+  EXPECT_EQ(manager.Realloc(block, 20, HERE), nullptr);
+
+  EXPECT_EQ(manager.errors, 1);
+  EXPECT_EQ(headerOf(block).size, 26u);
+  EXPECT_EQ(manager.MemSize(), 26u);
+  manager.Free(block, __FILE__, __LINE__);
+}
+
+TEST_F(MemManager, GivesTheLowestUnusedTagAndDoesNotMarkIt) {
+  EXPECT_EQ(manager.GetTag(), 0);
+  EXPECT_EQ(manager.GetNewTag(), 1);
+  EXPECT_EQ(manager.GetNewTag(), 1);
+
+  manager.SetTag(1);
+  manager.SetTag(3);
+
+  EXPECT_EQ(manager.GetTag(), 3);
+  EXPECT_EQ(manager.GetNewTag(), 2);
+}
+
+TEST_F(MemManager, HasNoNewTagWhen1To999AreInUse) {
+  for (int tag = 1; tag < 1000; ++tag) {
+    ASSERT_EQ(manager.GetNewTag(), tag);
+    manager.SetTag(tag);
+  }
+
+  EXPECT_EQ(manager.GetNewTag(), -1);
+  manager.FreeTag(500);
+  EXPECT_EQ(manager.GetNewTag(), 500);
+}
+
+TEST_F(MemManager, FreeTagForgetsABusyTagAndStaysOnIt) {
+  manager.SetTag(7);
+  void* const block = manager.Malloc(84, HERE);
+
+  manager.FreeTag(7);
+
+  EXPECT_EQ(manager.GetTag(), 7);
+  EXPECT_EQ(manager.TagMemSize(7), 0u);
+  EXPECT_EQ(manager.TagMaxMemSize(7), 0u);
+  manager.Free(block, __FILE__, __LINE__);
+  EXPECT_EQ(manager.TagMemSize(7), u64(0) - 100u) << "below zero, unguarded";
+  EXPECT_EQ(manager.MemSize(), 0u);
+}
+
+TEST_F(MemManager, TagBlockBooksOnATagAlone) {
+  u64 size = 300;
+  manager.TagBlock(size, 9);
+  size = 100;
+  manager.unTagBlock(size, 9);
+
+  EXPECT_EQ(manager.TagMemSize(9), 200u);
+  EXPECT_EQ(manager.TagMaxMemSize(9), 300u);
+  EXPECT_EQ(manager.MemSize(), 0u);
+  EXPECT_EQ(manager.MaxMemSize(), 0u);
+}
+
+TEST_F(MemManager, FillHeaderAndFooterWritesAHeaderAndNoFooter) {
+  std::string bytes(32, '#');
+  u64 size = 0x1122334455667788;
+  manager.SetTag(5);
+
+  manager.FillHeaderAndFooter(bytes.data(), size, true);
+  EXPECT_EQ(bytes, support::hex("b5690f00 05000000 8877665544332211") + std::string(16, '#'));
+  manager.FillHeaderAndFooter(bytes.data(), size, false);
+
+  EXPECT_EQ(bytes.substr(0, 4), support::hex("08820000"));
+  manager.FillHeaderAndFooter(nullptr, size, false);
+}
+
+TEST_F(MemManager, TotalAndAvailableMemoryAreAskedThroughTheVirtualQuestion) {
+  useHost();
+
+  EXPECT_EQ(manager.TotalMem(), 1000);
+  EXPECT_EQ(manager.lastKey, 1);
+  EXPECT_EQ(manager.AvailMem(), 128000);
+  EXPECT_EQ(manager.lastKey, 128);
+  EXPECT_EQ(keys, (std::vector<int>{1, 128}));
+}
+
+TEST_F(MemManager, AllocMemIsWhatTheProcessOccupies) {
+  constexpr size_t kMore = 64 << 20;
+  const __int64 before = manager.AllocMem();
+  std::vector<char> block(kMore, 1);
+
+  const __int64 after = manager.AllocMem();
+
+  EXPECT_GT(before, 0);
+  EXPECT_NEAR(static_cast<double>(after - before), static_cast<double>(kMore), kMore / 4.0);
+}
+
+// ---- the process's books ----
+
+TEST(MemManagerOfTheProcess, IsNotCreatedByFreeingNull) {
+  ReleaseGlobalMemManager();
+  zarelmem_free(nullptr, __FILE__, __LINE__);
+  EXPECT_FALSE(C_MemManager::IsInstanced());
+
+  ReleaseGlobalMemManager();
+  zarelmem_free(zarelmem_malloc(1, "test", 1, __FILE__, __LINE__), __FILE__, __LINE__);
+
+  EXPECT_TRUE(C_MemManager::IsInstanced());
+  EXPECT_EQ(getGlobalMemManager(), C_MemManager::Instance());
+}
+
+TEST(MemManagerOfTheProcess, EntryPointsGoThroughAnInstalledManager) {
+  auto* const host = new HostManager;
+  C_MemManager::Install(host);
+
+  void* block = zarelmem_malloc(84, "test", 1, __FILE__, __LINE__);
+  block = zarelmem_realloc(block, 184, "test", 1, __FILE__, __LINE__);
+  EXPECT_EQ(host->MemSize(), 200u);
+  EXPECT_EQ(zarelmem_malloc(SIZE_MAX - 15, "test", 1, __FILE__, __LINE__), nullptr);
+  EXPECT_EQ(zarelmem_calloc(SIZE_MAX / 2, 3, "test", 1, __FILE__, __LINE__), nullptr);
+  EXPECT_EQ(zarelmem_calloc(SIZE_MAX - 15, 1, "test", 1, __FILE__, __LINE__), nullptr);
+  EXPECT_EQ(zarelmem_realloc(block, SIZE_MAX - 15, "test", 1, __FILE__, __LINE__), nullptr);
+  EXPECT_EQ(host->errors, 4) << "sizes that overflow with their header are exhausted memory";
+  zarelmem_free(block, __FILE__, __LINE__);
+
+  EXPECT_EQ(host->MemSize(), 0u);
+  EXPECT_EQ(host->MaxMemSize(), 200u);
+  ReleaseGlobalMemManager();
+}
+
+TEST(MemManagerOfTheProcess, EntryPointsWithoutAPlaceTellTheirOwn) {
+  auto* const host = new HostManager;
+  C_MemManager::Install(host);
+  calls.clear();
+  host->Init(hostCalloc, hostMalloc, hostRealloc, hostFree, hostInfo);
+  zarelmem_initialize(16);
+
+  void* const block = zarel_realloc(zarel_malloc(10, "test", 1), 20, "test", 1);
+  zarel_free(block);
+  zarel_free(zarel_calloc(2, 5, "test", 1));
+
+  ASSERT_EQ(calls.size(), 5u);
+  for (const HostCall& call : calls) {
+    EXPECT_THAT(call.file, testing::EndsWith("src/memory/zarelmem.cpp"));
+    EXPECT_EQ(call.line, calls[0].line);
+  }
+  ReleaseGlobalMemManager();
+}
+
+TEST(MemManagerOfTheProcess, TagsAreReachedFromC) {
+  ReleaseGlobalMemManager();
+
+  const int tag = zarel_get_new_tag();
+  zarel_set_tag(tag);
+  void* const block = zarel_malloc(84, "test", 1);
+
+  EXPECT_EQ(tag, 1);
+  EXPECT_EQ(zarel_tag_memsize(tag), 100u);
+  EXPECT_EQ(zarel_tag_maxmemsize(tag), 100u);
+  EXPECT_EQ(zarel_sum_memsize(), 100u);
+  EXPECT_EQ(zarel_sum_maxmemsize(), 100u);
+  zarel_free(block);
+  zarel_free_tag(tag);
+  EXPECT_EQ(zarel_tag_maxmemsize(tag), 0u);
+  EXPECT_EQ(zarel_get_new_tag(), tag);
+  ReleaseGlobalMemManager();
+}
+
+// The manager's own tables are the first to fail.
+TEST(MemManagerOfTheProcess, NoMemoryForTheManagerIsANullBlock) {
+  const long failed = support::forEachFailingAllocation([] {
+    ReleaseGlobalMemManager();
+    void* const block = zarelmem_malloc(8, "test", 1, __FILE__, __LINE__);
+    EXPECT_EQ(block == nullptr, support::FailingAllocation::happened());
+    zarelmem_free(block, __FILE__, __LINE__);
+  });
+
+  EXPECT_GT(failed, 3);
+}
+
+TEST(MemManagerOfTheProcess, NoMemoryForTheManagerLeavesTheAnswersOfAnEmptyOne) {
+  const support::FailingAllocation failing(1);
+  ReleaseGlobalMemManager();
+
+  EXPECT_EQ(zarel_get_new_tag(), -1);
+}
+
+// ---- samples ----
+
+double now = 0;
+double testClock() {
+  return now;
+}
+
+class MemTracks : public MemManager {
+protected:
+  MemTracks() : _former(Zarel::setElapsedTime(testClock)) {}
+  ~MemTracks() override { Zarel::setElapsedTime(_former); }
+
+  void track(double time, __int64 memory, const char* label) {
+    now = time;
+    manager.resident = memory;
+    manager.TrackMem(label);
+  }
+
+  TempDirectory directory;
+  WorkingDirectory working{directory.path()};
+
+private:
+  Zarel::ElapsedTime _former;
+};
+
+std::string padded(const std::string& label) {
+  return std::string(50 - label.size(), ' ') + label;
+}
+
+TEST_F(MemTracks, AreWrittenInAscendingTime) {
+  track(2.5, 300, "second");
+  track(0.25, 4294967297, "first");
+
+  manager.DumpTracks("run");
+
+  EXPECT_EQ(support::bytesOf("run_0.MemTrack"), "0.250000\t" + padded("first") +
+                                                    "\t4294967297\n2.500000\t" + padded("second") +
+                                                    "\t300\n");
+  manager.DumpTracks("run");
+}
+
+TEST_F(MemTracks, WithinOneTickAreKept1e10Apart) {
+  track(1.0, 10, "a");
+  track(1.0, 20, "b");
+
+  manager.DumpTracks("tick");
+
+  EXPECT_EQ(support::bytesOf("tick_0.MemTrack"),
+            "1.000000\t" + padded("a") + "\t10\n1.000000\t" + padded("b") + "\t20\n");
+}
+
+TEST_F(MemTracks, AThirdWithinOneTickReplacesTheSecond) {
+  track(1.0, 10, "a");
+  track(1.0, 20, "b");
+  track(1.0, 30, "c");
+
+  manager.DumpTracks("tick");
+
+  EXPECT_EQ(support::bytesOf("tick_0.MemTrack"),
+            "1.000000\t" + padded("a") + "\t10\n1.000000\t" + padded("c") + "\t30\n");
+}
+
+TEST_F(MemTracks, MakeNoFileWhenThereAreNone) {
+  manager.DumpTracks("none");
+
+  EXPECT_THROW(support::bytesOf("none_0.MemTrack"), std::runtime_error);
+}
+
+TEST_F(MemTracks, ThatCannotBeWrittenAreLeftOut) {
+  track(1.0, 10, "a");
+
+  manager.DumpTracks("missing/directory");
+}
+
+TEST_F(MemTracks, AreWrittenByTheDestructorAsTest) {
+  {
+    HostManager other;
+    now = 0;
+    other.resident = 1;
+    other.TrackMem("last");
+  }
+
+  EXPECT_EQ(support::bytesOf("Test_0.MemTrack"), "0.000000\t" + padded("last") + "\t1\n");
+}
+
+TEST_F(MemTracks, AreLostWithoutMemoryButNothingElseIs) {
+  const long failed = support::forEachFailingAllocation(
+      [this] { track(1.0, 10, "a label that is no short text"); });
+
+  EXPECT_GT(failed, 0);
+}
+
+// Released at the very end, after everything that the first sample registered.
+struct LateRelease {
+  void* block = nullptr;
+  ~LateRelease() { zarelmem_free(block, __FILE__, __LINE__); }
+};
+
+[[noreturn]] void endWithASample() {
+  static LateRelease late;
+  late.block = zarelmem_malloc(100, "test", 1, __FILE__, __LINE__);
+  getGlobalMemManager()->TrackMem("end");
+  std::exit(0);
+}
+
+[[noreturn]] void endWithoutASample() {
+  static LateRelease late;
+  late.block = zarelmem_malloc(100, "test", 1, __FILE__, __LINE__);
+  std::exit(0);
+}
+
+TEST_F(MemTracks, AreWrittenAtTheEndOfTheProcess) {
+  EXPECT_EXIT(endWithASample(), testing::ExitedWithCode(0), "");
+
+  EXPECT_NE(support::bytesOf("Test_0.MemTrack").find(padded("end")), std::string::npos);
+}
+
+TEST_F(MemTracks, MakeNoFileAtTheEndOfAProcessWithoutAny) {
+  EXPECT_EXIT(endWithoutASample(), testing::ExitedWithCode(0), "");
+
+  EXPECT_THROW(support::bytesOf("Test_0.MemTrack"), std::runtime_error);
+}
+
+TEST(MemTrack, HoldsLabelMemoryAndTime) {
+  __int64 memory = 5;
+  double time = 1.5;
+  const C_MemTrack sample("label", memory, time);
+  const C_MemTrack copy = sample;
+
+  EXPECT_EQ(copy.Label(), "label");
+  EXPECT_EQ(copy.Memory(), 5);
+  EXPECT_EQ(copy.Time(), 1.5);
+}
+
+TEST(ElapsedTime, StartsNearZeroAndGoesOn) {
+  const Zarel::ElapsedTime former = Zarel::setElapsedTime(nullptr);
+
+  const double first = Zarel::elapsedTime();
+  const double second = Zarel::elapsedTime();
+
+  EXPECT_GE(first, 0);
+  EXPECT_GE(second, first);
+  Zarel::setElapsedTime(former);
+}
+
+// ---- workers of a host ----
+
+int worker = 0;
+int workers = 3;
+std::vector<int> locks;
+
+int currentWorker() {
+  return worker;
+}
+int answer(int* code) {
+  return *code == 3 ? workers : 1;
+}
+void noValue(int*, int*) {}
+void noState() {}
+void noShare(int*, int*, int*) {}
+
+class MemWorkers : public MemTracks {
+protected:
+  MemWorkers() {
+    locks.clear();
+    worker = 0;
+    workers = 3;
+    getGlobalPllManager()->Init([](int* number) { locks.push_back(*number); },
+                                [](int* number) { locks.push_back(-*number); }, currentWorker,
+                                answer, noValue, noState, noState, noShare, nullptr, nullptr,
+                                nullptr, nullptr, nullptr, nullptr, nullptr);
+  }
+  ~MemWorkers() override { ReleaseGlobalPllManager(); }
+
+  void sample(C_MemManager& books, int who, const char* label) {
+    worker = who;
+    books.TrackMem(label);
+  }
+};
+
+TEST_F(MemWorkers, WriteAFileEachThatHasSamples) {
+  HostManager books;
+  books.resident = 8;
+  now = 1;
+  sample(books, 0, "zero");
+  sample(books, 2, "two");
+
+  books.DumpTracks("w");
+
+  EXPECT_EQ(support::bytesOf("w_0.MemTrack"), "1.000000\t" + padded("zero") + "\t8\n");
+  EXPECT_EQ(support::bytesOf("w_1.MemTrack"), "1.000000\t" + padded("two") + "\t8\n");
+  EXPECT_THROW(support::bytesOf("w_2.MemTrack"), std::runtime_error);
+}
+
+TEST_F(MemWorkers, HaveRoomFor1024WhenTheHostReportsNone) {
+  workers = 0;
+  HostManager books;
+  books.resident = 8;
+
+  sample(books, 1023, "last");
+  sample(books, 1024, "no room");
+  books.DumpTracks("many");
+
+  EXPECT_NE(support::bytesOf("many_0.MemTrack").find("last"), std::string::npos);
+  EXPECT_THROW(support::bytesOf("many_1.MemTrack"), std::runtime_error);
+}
+
+TEST_F(MemWorkers, InitHoldsLock107AndMakesRoomForWorkersThatCameLater) {
+  workers = 1;
+  HostManager books;
+  workers = 3;
+  books.Init(hostCalloc, hostMalloc, hostRealloc, hostFree, hostInfo);
+  books.Init(hostCalloc, hostMalloc, hostRealloc, hostFree, hostInfo);
+
+  EXPECT_EQ(locks, (std::vector<int>{107, -107, 107, -107}));
+  books.resident = 8;
+  sample(books, 2, "late");
+  books.DumpTracks("late");
+  EXPECT_NE(support::bytesOf("late_0.MemTrack").find("late"), std::string::npos);
+}
+
+} // namespace
