@@ -1,5 +1,6 @@
 #include "cli.h"
 
+#include "doe/doe.h"
 #include "interrupt.h"
 #include "library.h"
 #include "option_values.h"
@@ -155,10 +156,11 @@ int report(Globals& globals, const Failure& failure) {
 }
 
 void parseAndRun(Globals& globals, int argc, char** argv) {
-  CLI::App root("Kriging models of expensive simulations: fit, predict, refine.", "zarel");
+  CLI::App root("Kriging models of expensive simulations: design, fit, predict, refine.", "zarel");
   root.require_subcommand(1);
   root.fallthrough();
   addGlobals(root, globals);
+  addDoe(root, globals);
   addFit(root, globals);
   addPredict(root, globals);
   addInfo(root, globals);

@@ -33,7 +33,8 @@ TEST_F(Usage, VersionIsDataOnStandardOutput) {
 TEST_F(Usage, HelpTellsCommandsOptionsAndDefaults) {
   const Outcome root = zarel({"--help"});
   EXPECT_EQ(root.code, 0);
-  for (const char* word : {"fit", "predict", "info", "--quiet", "--json", "--seed", "--force"})
+  for (const char* word :
+       {"doe", "fit", "predict", "info", "--quiet", "--json", "--seed", "--force"})
     EXPECT_THAT(root.out, HasSubstr(word));
   const Outcome fit = zarel({"fit", "--help"});
   EXPECT_EQ(fit.code, 0);

@@ -1,11 +1,12 @@
 #include "app_support.h"
-#include "refine/axis.h"
+#include "axis.h"
 #include "refine/charts.h"
 #include "refine/study_report.h"
 
 #include <cmath>
 #include <gmock/gmock.h>
 
+using namespace app;
 using namespace app::refine;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;

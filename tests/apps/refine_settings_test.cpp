@@ -1,8 +1,8 @@
 #include "app_support.h"
-#include "refine/sampler.h"
 #include "refine/settings.h"
 
-#include <cmath>
+#include "space_filling.h"
+
 #include <gmock/gmock.h>
 
 using namespace app::refine;
@@ -10,73 +10,6 @@ using apptest::failureOf;
 using ::testing::HasSubstr;
 
 namespace {
-
-const std::vector<Variable> square{{"a", -1, 1}, {"b", 10, 30}};
-
-double smallestDistance(const std::vector<Row>& points) {
-  double smallest = 1e300;
-  for (std::size_t i = 0; i < points.size(); ++i)
-    for (std::size_t j = 0; j < i; ++j)
-      smallest = std::min(smallest, std::hypot((points[i][0] - points[j][0]) / 2,
-                                               (points[i][1] - points[j][1]) / 20));
-  return smallest;
-}
-
-TEST(RefineSampler, DrawsInsideTheBounds) {
-  for (const Row& p : RandomSampler(7, 1).draw(1000, square)) {
-    EXPECT_TRUE(p[0] > -1 && p[0] < 1);
-    EXPECT_TRUE(p[1] > 10 && p[1] < 30);
-  }
-}
-
-TEST(RefineSampler, FillsTheRangeEvenly) {
-  double mean = 0, low = 0;
-  for (const Row& p : RandomSampler(7, 1).draw(10000, square)) {
-    mean += p[0] / 10000;
-    low += p[1] < 15;
-  }
-  // Four standard deviations of the mean of uniform numbers in (-1, 1), and of a count of quarters.
-  EXPECT_NEAR(mean, 0, 4 * std::sqrt(1.0 / 3 / 10000));
-  EXPECT_NEAR(low, 2500, 4 * std::sqrt(10000 * 0.25 * 0.75));
-}
-
-TEST(RefineSampler, SeedAndStreamDecide) {
-  EXPECT_EQ(RandomSampler(7, 1).draw(5, square), RandomSampler(7, 1).draw(5, square));
-  EXPECT_NE(RandomSampler(7, 1).draw(5, square), RandomSampler(8, 1).draw(5, square));
-  EXPECT_NE(RandomSampler(7, 1).draw(5, square), RandomSampler(7, 2).draw(5, square));
-  EXPECT_NE(RandomSampler(7, 1).draw(5, square),
-            RandomSampler(7 + (1ull << 32), 1).draw(5, square));
-}
-
-TEST(RefineSampler, SeedZeroIsASeed) {
-  EXPECT_EQ(RandomSampler(0, 1).draw(3, square).size(), 3u);
-}
-
-TEST(RefineSampler, SpreadDrawIsBetterThanTheUsualOne) {
-  double plain = 0, spread = 0;
-  for (unsigned seed = 1; seed <= 20; ++seed) {
-    plain += smallestDistance(RandomSampler(seed, 1).draw(20, square));
-    spread += smallestDistance(SpreadSampler(seed, 1).draw(20, square));
-  }
-  EXPECT_GT(spread, 1.5 * plain);
-}
-
-TEST(RefineSampler, LargeDrawsTakeNoLongerThanTheyMust) {
-  EXPECT_EQ(SpreadSampler(1, 1).draw(20000, square).size(), 20000u);
-}
-
-TEST(RefineVariable, VariableHasNameAndBounds) {
-  const Variable v = parseVariable(" width =-1e-3:2.5");
-  EXPECT_EQ(v.name, "width");
-  EXPECT_EQ(v.low, -1e-3);
-  EXPECT_EQ(v.high, 2.5);
-}
-
-TEST(RefineVariable, VariableThatIsNotOneIsRefused) {
-  for (const char* text : {"", "w", "w=1", "w=1:", "w=:1", "=1:2", "w=2:1", "w=1:1", "w=a:b",
-                           "w=0:inf", "w=nan:1", "w=0:1e999", "w:1=2"})
-    EXPECT_EQ(failureOf([&] { parseVariable(text); }).code, app::ExitCode::usage) << text;
-}
 
 class RefineSettings : public apptest::InFolder {
 protected:
@@ -101,6 +34,23 @@ TEST_F(RefineSettings, DefaultsAreTenSamplesAnInputAndFiveHundredTests) {
   EXPECT_EQ(settings.initialPoints.size(), 20u);
   EXPECT_EQ(settings.testPoints.size(), 500u);
   EXPECT_TRUE(settings.initialResults.empty());
+}
+
+TEST_F(RefineSettings, PointsAreDrawnByTheDesigns) {
+  options_.inputs = {"a=0:2", "b=-5:5"};
+  globals_.seed = 7;
+  const Settings settings = prepared();
+
+  EXPECT_EQ(settings.initialPoints, app::drawPoints(20, settings.variables, 7, 1));
+  EXPECT_EQ(settings.testPoints, app::drawPoints(500, settings.variables, 7, 2));
+}
+
+TEST_F(RefineSettings, OnlyStudiesThatDrawPointsSayHow) {
+  EXPECT_TRUE(prepared().identity.contains("sampling"));
+  options_.samplesFile = write("s.csv", "a,b\n1,2\n3,4\n5,6\n");
+  EXPECT_TRUE(prepared().identity.contains("sampling"));
+  options_.testFile = write("t.csv", "a,b\n1,2\n");
+  EXPECT_FALSE(prepared().identity.contains("sampling"));
 }
 
 TEST_F(RefineSettings, WhatIsMissingIsNamed) {

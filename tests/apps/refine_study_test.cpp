@@ -43,6 +43,18 @@ TEST_F(RefineStudy, BeginsOnceAndRemembers) {
   EXPECT_EQ(study->waiting(study->plans()[0]).size(), 3u);
 }
 
+// Such studies draw the same test points no more.
+TEST_F(RefineStudy, AStudyThatDrewItsPointsInAnotherWayIsRefusedWithTheReason) {
+  open({{"seed", 1}});
+
+  const app::Failure failure = failureOf([&] { open({{"seed", 1}, {"sampling", 2}}); });
+
+  EXPECT_EQ(failure.code, ExitCode::usage);
+  EXPECT_THAT(failure.text(), HasSubstr("drew its points differently"));
+  EXPECT_THAT(failure.hint, HasSubstr("--force"));
+  EXPECT_TRUE(open({{"seed", 1}})->wasResumed()) << "files that give all points draw none";
+}
+
 TEST_F(RefineStudy, ResultsFailuresAndSplitsComeBack) {
   {
     const auto study = open();

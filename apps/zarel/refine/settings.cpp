@@ -5,6 +5,7 @@
 #include "failure.h"
 #include "journal.h"
 #include "number.h"
+#include "space_filling.h"
 #include "suggest.h"
 
 #include <algorithm>
@@ -16,35 +17,16 @@ namespace {
 /// Streams of the generator: what is drawn for one purpose does not depend on the others.
 enum Stream : unsigned { initialStream = 1, testStream = 2 };
 
+/// How points are drawn; grows when other points would be drawn. What a study has drawn in one way
+/// does not go together with what is drawn in another.
+constexpr int sampling = 2;
+
 constexpr int initialPerVariable = 10;
 constexpr int testsPerVariable = 100;
 constexpr int fewestTests = 500;
 
 [[noreturn]] void failUsage(const std::string& what, const std::string& hint = {}) {
   throw Failure(ExitCode::usage, what, hint);
-}
-
-[[noreturn]] void failVariable(const std::string& text, const std::string& why) {
-  failUsage("--input \"" + text + "\": " + why, "it reads NAME=LOW:HIGH, such as width=0.5:2");
-}
-
-double boundOf(const std::string& text, const std::string& bound) {
-  double value = 0;
-  if (parseNumber(bound, value) != NumberStatus::ok)
-    failVariable(text, "\"" + bound + "\" is not a finite number");
-  return value;
-}
-
-std::vector<Variable> parseVariables(const std::vector<std::string>& inputs) {
-  if (inputs.empty())
-    failUsage("--input is missing", "name each input with its bounds: --input width=0.5:2");
-  std::vector<Variable> variables;
-  std::set<std::string> names;
-  for (const std::string& text : inputs) {
-    variables.push_back(parseVariable(text));
-    if (!names.insert(variables.back().name).second) failVariable(text, "the name stands twice");
-  }
-  return variables;
 }
 
 std::vector<std::string> parseOutputs(const std::string& text,
@@ -136,7 +118,8 @@ void drawInitial(Settings& settings, std::uint64_t seed) {
   const int count = settings.options.initial > 0 ? static_cast<int>(settings.options.initial)
                                                  : initialPerVariable * variables;
   settings.identity["initial"] = count;
-  settings.initialPoints = SpreadSampler(seed, initialStream).draw(count, settings.variables);
+  settings.identity["sampling"] = sampling;
+  settings.initialPoints = drawPoints(count, settings.variables, seed, initialStream);
 }
 
 void prepareTests(Settings& settings, std::uint64_t seed) {
@@ -152,7 +135,8 @@ void prepareTests(Settings& settings, std::uint64_t seed) {
                         ? static_cast<int>(settings.options.testPoints)
                         : std::max(fewestTests, testsPerVariable * variables);
   settings.identity["tests"] = count;
-  settings.testPoints = RandomSampler(seed, testStream).draw(count, settings.variables);
+  settings.identity["sampling"] = sampling;
+  settings.testPoints = drawPoints(count, settings.variables, seed, testStream);
 }
 
 void readValidation(Settings& settings) {
@@ -208,21 +192,6 @@ std::vector<std::string> Settings::inputNames() const {
   for (const Variable& v : variables)
     names.push_back(v.name);
   return names;
-}
-
-Variable parseVariable(const std::string& text) {
-  const auto equals = text.find('=');
-  const auto colon = text.find(':', equals == std::string::npos ? 0 : equals);
-  if (equals == std::string::npos || colon == std::string::npos)
-    failVariable(text, "it has no " + std::string(equals == std::string::npos ? "=" : ":"));
-  Variable variable;
-  variable.name = std::string(trimmed(std::string_view(text).substr(0, equals)));
-  if (variable.name.empty()) failVariable(text, "it has no name");
-  variable.low = boundOf(text, text.substr(equals + 1, colon - equals - 1));
-  variable.high = boundOf(text, text.substr(colon + 1));
-  if (!(variable.low < variable.high))
-    failVariable(text, "the lower bound is not below the upper one");
-  return variable;
 }
 
 Settings prepare(const Options& options, const Globals& globals) {

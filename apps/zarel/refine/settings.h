@@ -9,7 +9,7 @@
 #include "model_options.h"
 #include "report.h"
 #include "round_model.h"
-#include "sampler.h"
+#include "variable.h"
 
 #include <string>
 #include <vector>
@@ -56,9 +56,6 @@ struct Settings {
   /** What must stay the same whenever the study goes on. */
   Json identity;
 };
-
-/** Reads "NAME=LOW:HIGH"; throws `usage`. */
-Variable parseVariable(const std::string& text);
 
 /** Checks the options, reads the files and draws what is drawn. Throws `Failure`. */
 Settings prepare(const Options& options, const Globals& globals);

@@ -19,6 +19,8 @@ namespace {
 constexpr int schema = 1;
 const char* const journalName = "journal.log";
 const char* const lockName = "lock";
+/// The setting that tells how points were drawn; studies from before it have none.
+const char* const samplingName = "sampling";
 /// All that a study keeps in its folder.
 const char* const ourNames[] = {journalName,  lockName,      "work",
                                 "failed",     "study.krg",   "report.html",
@@ -147,6 +149,12 @@ void Study::checkSettings(const Json& settings) const {
   for (const auto& [name, value] : settings.items()) {
     const Json former = settings_.contains(name) ? settings_.at(name) : Json(nullptr);
     if (former == value) continue;
+    if (name == samplingName)
+      throw Failure(ExitCode::usage,
+                    "the study in " + folder_ +
+                        " was begun by a version of the program that drew its points differently",
+                    "finish it with that version, choose another folder by --study, or start over "
+                    "with --force");
     throw Failure(ExitCode::usage,
                   "the study in " + folder_ + " was begun with " + name + " = " + former.dump() +
                       ", not " + value.dump(),

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <limits>
 
-namespace app::refine {
+namespace app {
 namespace {
 
 double niceStep(double rough) {
@@ -71,4 +71,4 @@ std::string percentText(double share) {
   return roundedText(100 * share, 3) + " %";
 }
 
-} // namespace app::refine
+} // namespace app

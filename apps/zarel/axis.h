@@ -2,13 +2,13 @@
  * @file axis.h
  * Scales of charts: a range of values, round numbers on it, and how they are written.
  */
-#ifndef ZAREL_APP_REFINE_AXIS_H
-#define ZAREL_APP_REFINE_AXIS_H
+#ifndef ZAREL_APP_AXIS_H
+#define ZAREL_APP_AXIS_H
 
 #include <string>
 #include <vector>
 
-namespace app::refine {
+namespace app {
 
 /** A linear or logarithmic scale with its ticks. */
 struct Axis {
@@ -31,6 +31,6 @@ std::string tickText(double value);
 /** A share as a percentage: "0.5 %". */
 std::string percentText(double share);
 
-} // namespace app::refine
+} // namespace app
 
 #endif
