@@ -53,8 +53,7 @@ bool sizesSumTo(int total, int count, int const* sizes) {
 
 } // namespace
 
-// ----- sizes
-// --------------------------------------------------------------------------------------
+// ----- sizes -------------------------------------------------------------------------------------
 
 template <class T>
 int Kriging<T>::PutNumVar(int const& value) {
@@ -103,8 +102,7 @@ int Kriging<T>::PutNumSamp(int const& value) {
   return 0;
 }
 
-// ----- options
-// ------------------------------------------------------------------------------------
+// ----- options -----------------------------------------------------------------------------------
 
 template <class T>
 int Kriging<T>::PutDropToler(double const& value) {
@@ -196,8 +194,7 @@ int Kriging<T>::SetStep(int const& value) {
   return 0;
 }
 
-// ----- what is stored
-// -----------------------------------------------------------------------------
+// ----- what is stored ----------------------------------------------------------------------------
 
 #define ZAREL_KRIGING_GET(Operation, Type, Field)                                                  \
   template <class T>                                                                               \

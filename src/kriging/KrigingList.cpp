@@ -14,8 +14,7 @@ using Zarel::forEachModel;
 using Zarel::forEachSlice;
 using Zarel::forTarget;
 
-// ----- construction
-// -------------------------------------------------------------------------------
+// ----- construction ------------------------------------------------------------------------------
 
 template <class T>
 KrigingList<T>::KrigingList()
@@ -92,8 +91,7 @@ char const* KrigingList<T>::Version() const {
   return "1.0";
 }
 
-// ----- sizes
-// --------------------------------------------------------------------------------------
+// ----- sizes -------------------------------------------------------------------------------------
 
 template <class T>
 int KrigingList<T>::PutNumKriging(int const& value) {
@@ -166,8 +164,7 @@ int KrigingList<T>::GetNumSamp(int& value) const {
   return 0;
 }
 
-// ----- samples
-// ------------------------------------------------------------------------------------
+// ----- samples -----------------------------------------------------------------------------------
 
 template <class T>
 int KrigingList<T>::PutInpSampMtx(Matrix& X) {
@@ -242,8 +239,7 @@ int KrigingList<T>::GetKernVec(RealVec& value) {
   });
 }
 
-// ----- options
-// ------------------------------------------------------------------------------------
+// ----- options -----------------------------------------------------------------------------------
 
 template <class T>
 int KrigingList<T>::PutCorrFuncType(int const& value, int index) {

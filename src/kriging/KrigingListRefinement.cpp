@@ -27,8 +27,7 @@ double spreadOfMagnitudes(T const* column, int rows) {
 
 } // namespace
 
-// ----- test points
-// --------------------------------------------------------------------------------
+// ----- test points -------------------------------------------------------------------------------
 
 template <class T>
 int KrigingList<T>::PutInpTestMtx(Matrix& X, int index) {
@@ -49,8 +48,7 @@ double KrigingList<T>::ComputeSizeOfTestMtx() {
   return spreadOfMagnitudes(InpTestMtx[columns - 1], InpTestMtx.NbRow());
 }
 
-// ----- evaluation and choice
-// ----------------------------------------------------------------------
+// ----- evaluation and choice ---------------------------------------------------------------------
 
 template <class T>
 int KrigingList<T>::EvalTestModel(Matrix& Y, int& numNew, Matrix& newPoints, double& maxRelErr) {
@@ -156,8 +154,7 @@ int KrigingList<T>::GetIdOfNewPoint(int k, int& id) const {
   return known ? 0 : 1;
 }
 
-// ----- how many points
-// ----------------------------------------------------------------------------
+// ----- how many points ---------------------------------------------------------------------------
 
 template <class T>
 int KrigingList<T>::EvaluateNumberOfNewPointsRequired(double oldError, double newError,

@@ -12,8 +12,7 @@
 using Zarel::forEachSlice;
 using Zarel::forTarget;
 
-// ----- messages
-// -----------------------------------------------------------------------------------
+// ----- messages ----------------------------------------------------------------------------------
 
 template <class T>
 int KrigingList<T>::Print(std::string const& text) {
@@ -30,8 +29,7 @@ int KrigingList<T>::Print(char const* format, ...) {
   return Print(std::string(text));
 }
 
-// ----- fits
-// ---------------------------------------------------------------------------------------
+// ----- fits --------------------------------------------------------------------------------------
 
 template <class T>
 int KrigingList<T>::Solve() {
@@ -48,8 +46,7 @@ int KrigingList<T>::ReSolve() {
   return forTarget(Models.get(), NumKriging, -1, [](Kriging<T>& model) { return model.ReSolve(); });
 }
 
-// ----- predictions
-// --------------------------------------------------------------------------------
+// ----- predictions -------------------------------------------------------------------------------
 
 template <class T>
 int KrigingList<T>::EvalModel(Matrix& X, Matrix& Y) {

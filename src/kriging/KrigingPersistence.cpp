@@ -13,8 +13,7 @@ using Zarel::failed;
 using Zarel::readInt;
 using Zarel::writeInt;
 
-// ----- writing
-// ------------------------------------------------------------------------------------
+// ----- writing -----------------------------------------------------------------------------------
 
 template <class T>
 int Kriging<T>::Write(FILE* file) {
@@ -44,8 +43,7 @@ int Kriging<T>::writeFields(FILE* file) {
   return failed(Zarel::settle(file)) ? 1 : 0;
 }
 
-// ----- reading
-// ------------------------------------------------------------------------------------
+// ----- reading -----------------------------------------------------------------------------------
 
 template <class T>
 int Kriging<T>::Read(FILE* file) {

@@ -173,7 +173,9 @@ int Kriging<T>::UpdateTestCorrelations(Matrix& points) {
 template <class T>
 int Kriging<T>::UpdateTestTrend(Matrix& points) {
   int numCoef = PolyCoeff.NbRow();
-  const bool fresh = TestPolyStale || TestPolyMtx.NbRow() != points.NbRow();
+  // The samples may carry a richer trend by now: its terms are not among those kept.
+  const bool fresh =
+      TestPolyStale || TestPolyMtx.NbRow() != points.NbRow() || TestPolyMtx.NbCol() != numCoef;
   TestPolyStale = true;
   if (EvalQuadPolynomMtx(points, numCoef, TestPolyMtx, fresh ? 0 : points.NbRow()) != 0) return 1;
   TestPolyStale = false;

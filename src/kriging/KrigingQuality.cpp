@@ -31,20 +31,34 @@ double rowNorm(C_MatMGe<T>& M, int i, int first, int last) {
   return std::sqrt(squares);
 }
 
-double largestOf(C_VecPi<double, int, C_PtrInCore<double, int>>& values) {
+using RealVec = C_VecPi<double, int, C_PtrInCore<double, int>>;
+using RealMatrix = C_MatMGe<double>;
+
+double largestOf(const double* values, int count) {
   double largest = 0.0;
-  for (int i = 0; i < values.Dim(); ++i)
+  for (int i = 0; i < count; ++i)
     if (values[i] > largest) largest = values[i];
   return largest;
 }
 
-void largestOfColumns(C_MatMGe<double>& M, C_VecPi<double, int, C_PtrInCore<double, int>>& out) {
-  out.Resize(M.NbCol());
-  C_VecPi<double, int, C_PtrInCore<double, int>> column;
-  for (int j = 0; j < M.NbCol(); ++j) {
-    M.GetCol(j, column);
-    out[j] = largestOf(column);
-  }
+/** Column maxima of the errors that `measure` gives. out stays as it was if that fails. */
+template <class Measure>
+int largestOfEach(RealVec& out, Measure measure) {
+  RealMatrix errors;
+  if (measure(errors) != 0) return 1;
+  out.Resize(errors.NbCol());
+  for (int j = 0; j < errors.NbCol(); ++j)
+    out[j] = largestOf(errors[j], errors.NbRow());
+  return 0;
+}
+
+/** The largest of the errors that `measure` gives. e stays as it was if that fails. */
+template <class Measure>
+int largestOfAll(double& e, Measure measure) {
+  RealVec errors;
+  if (measure(errors) != 0) return 1;
+  e = largestOf(errors.Adr(0), errors.Dim());
+  return 0;
 }
 
 } // namespace
@@ -111,18 +125,12 @@ int Kriging<T>::GetError(Matrix& A, Matrix& B, RealMatrix& D) {
 
 template <class T>
 int Kriging<T>::GetError(Matrix& A, Matrix& B, RealVec& V) {
-  RealMatrix differences;
-  if (GetError(A, B, differences) != 0) return 1;
-  largestOfColumns(differences, V);
-  return 0;
+  return largestOfEach(V, [&](RealMatrix& D) { return GetError(A, B, D); });
 }
 
 template <class T>
 int Kriging<T>::GetError(Matrix& A, Matrix& B, double& e) {
-  RealVec each;
-  if (GetError(A, B, each) != 0) return 1;
-  e = largestOf(each);
-  return 0;
+  return largestOfAll(e, [&](RealVec& V) { return GetError(A, B, V); });
 }
 
 template <class T>
@@ -134,18 +142,12 @@ int Kriging<T>::GetRelativeError(Matrix& A, Matrix& B, RealMatrix& D) {
 
 template <class T>
 int Kriging<T>::GetRelativeError(Matrix& A, Matrix& B, RealVec& V) {
-  RealMatrix relative;
-  if (GetRelativeError(A, B, relative) != 0) return 1;
-  largestOfColumns(relative, V);
-  return 0;
+  return largestOfEach(V, [&](RealMatrix& D) { return GetRelativeError(A, B, D); });
 }
 
 template <class T>
 int Kriging<T>::GetRelativeError(Matrix& A, Matrix& B, double& e) {
-  RealVec each;
-  if (GetRelativeError(A, B, each) != 0) return 1;
-  e = largestOf(each);
-  return 0;
+  return largestOfAll(e, [&](RealVec& V) { return GetRelativeError(A, B, V); });
 }
 
 template <class T>

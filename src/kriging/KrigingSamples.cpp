@@ -106,8 +106,7 @@ int Kriging<T>::PutInpTestMtx(Matrix& X) {
   return 0;
 }
 
-// ----- ranges of the outputs
-// ----------------------------------------------------------------------
+// ----- ranges of the outputs ---------------------------------------------------------------------
 
 template <class T>
 int Kriging<T>::ComputeOutputRanges() {

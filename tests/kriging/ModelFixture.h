@@ -1,53 +1,21 @@
-// What the tests of models and lists share: open models whose state a test can set and see, small
-// matrices by rows, and a stream in memory with a descriptor of its own.
+// What the tests of models and lists share: models that have coefficients without a fit, and a
+// stream in memory with a descriptor of its own.
 #ifndef ZAREL_TESTS_KRIGING_MODELFIXTURE_H
 #define ZAREL_TESTS_KRIGING_MODELFIXTURE_H
 
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <complex>
+#include <cmath>
 #include <cstdio>
-#include <initializer_list>
 #include <numeric>
 #include <string>
-#include <vector>
 
-#include <gtest/gtest.h>
-
-#include <zarel/Kriging.h>
 #include <zarel/KrigingList.h>
 
+#include "kriging/OpenModel.h"
+
 namespace kriging_test {
-
-using Scalars = ::testing::Types<double, std::complex<double>>;
-
-template <class T>
-using Vec = C_VecPi<T, int, C_PtrInCore<T, int>>;
-using RealVec = Vec<double>;
-
-template <class T>
-C_MatMGe<T> matrix(std::initializer_list<std::initializer_list<T>> rows) {
-  C_MatMGe<T> result(static_cast<int>(rows.size()),
-                     rows.size() == 0 ? 0 : static_cast<int>(rows.begin()->size()));
-  int i = 0;
-  for (auto const& row : rows) {
-    int j = 0;
-    for (T value : row)
-      result(i, j++) = value;
-    ++i;
-  }
-  return result;
-}
-
-template <class T>
-Vec<T> vector(std::initializer_list<T> values) {
-  Vec<T> result(static_cast<int>(values.size()));
-  int i = 0;
-  for (T value : values)
-    result[i++] = value;
-  return result;
-}
 
 /// Values that differ from place to place and have no pattern that a wrong index would keep.
 template <class T>
@@ -74,81 +42,6 @@ template <class T>
 std::vector<T> values(Vec<T>& vec) {
   return std::vector<T>(vec.Adr(0), vec.Adr(0) + vec.Dim());
 }
-
-/// A model whose fields a test may set and see.
-template <class T>
-class OpenModel : public Kriging<T> {
-public:
-  using Kriging<T>::Kriging;
-  using Kriging<T>::Status;
-  using Kriging<T>::StopRequested;
-  using Kriging<T>::NumSamp;
-  using Kriging<T>::NumVar;
-  using Kriging<T>::NumSol;
-  using Kriging<T>::NumGlobalSol;
-  using Kriging<T>::VecGlobalSol;
-  using Kriging<T>::NumKern;
-  using Kriging<T>::KernVec;
-  using Kriging<T>::KernOptType;
-  using Kriging<T>::SolnType;
-  using Kriging<T>::CorrFuncType;
-  using Kriging<T>::PolynomType;
-  using Kriging<T>::KernStartPending;
-  using Kriging<T>::KernVarType;
-  using Kriging<T>::KernRecentre;
-  using Kriging<T>::SolveRequired;
-  using Kriging<T>::InpSampMtx;
-  using Kriging<T>::InpSampSet;
-  using Kriging<T>::OutSampMtx;
-  using Kriging<T>::OutSampSet;
-  using Kriging<T>::ScalingType;
-  using Kriging<T>::InpScaleVec;
-  using Kriging<T>::InpInterceptVec;
-  using Kriging<T>::OutScaleVec;
-  using Kriging<T>::OutInterceptVec;
-  using Kriging<T>::PolyCoeff;
-  using Kriging<T>::CorrCoeff;
-  using Kriging<T>::DropToler;
-  using Kriging<T>::Spare1;
-  using Kriging<T>::NuggetFactor;
-  using Kriging<T>::MaxNumIter;
-  using Kriging<T>::NumSolves;
-  using Kriging<T>::SolveStep;
-  using Kriging<T>::InvCholFactor;
-  using Kriging<T>::RegrFactor;
-  using Kriging<T>::DenseRegrFactor;
-  using Kriging<T>::RegrFactorIsTri;
-  using Kriging<T>::WhitenedRegrT;
-  using Kriging<T>::ProcVarnc;
-  using Kriging<T>::InputPointToler;
-  using Kriging<T>::Spare2;
-  using Kriging<T>::OutputRanges;
-  using Kriging<T>::OutputGlobalRange;
-  using Kriging<T>::LowerKernelMultiplierBound;
-  using Kriging<T>::UpperKernelMultiplierBound;
-  using Kriging<T>::KeepPredictorError;
-  using Kriging<T>::LastPredictorError;
-  using Kriging<T>::InpTestMtx;
-  using Kriging<T>::InpTestSet;
-  using Kriging<T>::TestCorrMtx;
-  using Kriging<T>::TestPolyMtx;
-  using Kriging<T>::RescaleOnSolve;
-  using Kriging<T>::TestCorrStale;
-  using Kriging<T>::TestPolyStale;
-  using Kriging<T>::TestRelativeErrorVec;
-  using Kriging<T>::DiffWorkVec;
-  using Kriging<T>::CheckInputState;
-  using Kriging<T>::SamplesFit;
-  using Kriging<T>::CoefficientsFit;
-  using Kriging<T>::UpdateOutputRanges;
-  using Kriging<T>::stopped;
-
-  void clearStale() { TestCorrStale = TestPolyStale = false; }
-
-  std::vector<int> groups() const {
-    return std::vector<int>(VecGlobalSol.get(), VecGlobalSol.get() + NumGlobalSol);
-  }
-};
 
 /// Gives a model samples, and the coefficients that a fit would leave, without a fit.
 template <class T>

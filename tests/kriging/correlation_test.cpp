@@ -6,6 +6,7 @@
 namespace {
 
 using fit::Complex;
+using fit::Scalars;
 using fit::Vec;
 
 /** The functions once more, as a textbook writes them, for one variable. */
@@ -42,8 +43,6 @@ double factorOf(int type, double theta, double d) {
     return 0.0;
   }
 }
-
-using Scalars = ::testing::Types<double, Complex>;
 
 template <class T>
 class CorrelationOf : public ::testing::Test {};
@@ -127,8 +126,7 @@ TEST(CorrelationFormula, CutOffHoldsWhateverTheOtherFactorsAre) {
   }
 }
 
-// ----- kernels
-// ------------------------------------------------------------------------------------
+// ----- kernels -----------------------------------------------------------------------------------
 
 using NamedKernels = std::pair<const char*, const Zarel::CorrelationKernelSet*>;
 
@@ -326,8 +324,7 @@ TEST(CorrelationKernels, NanGivesNanWhereTheFormulaDoes) {
     }
 }
 
-// ----- operations of the model
-// --------------------------------------------------------------------
+// ----- operations of the model -------------------------------------------------------------------
 
 template <class T>
 class KrigingCorrelationOf : public ::testing::Test {};
@@ -402,8 +399,8 @@ TEST_F(KrigingCorrelation, StoppedAndUnknownMatricesLeaveThePointsAsColumns) {
 }
 
 TEST_F(KrigingCorrelation, ValueNeedsAFittingKernelAndPoints) {
-  Vec<double> x = fit::vectorOf({0.0, 0.0}), y = fit::vectorOf({1.0, 0.0});
-  Vec<double> shorter = fit::vectorOf({1.0});
+  Vec<double> x = fit::vector({0.0, 0.0}), y = fit::vector({1.0, 0.0});
+  Vec<double> shorter = fit::vector({1.0});
   double r = 0.5;
 
   EXPECT_EQ(model.EvalCorrVal(x, y, r), 1); // no kernel yet
@@ -416,7 +413,7 @@ TEST_F(KrigingCorrelation, ValueNeedsAFittingKernelAndPoints) {
 }
 
 TEST_F(KrigingCorrelation, OneMultiplierServesAllVariables) {
-  Vec<double> x = fit::vectorOf({0.0, 0.0}), y = fit::vectorOf({1.0, 2.0});
+  Vec<double> x = fit::vector({0.0, 0.0}), y = fit::vector({1.0, 2.0});
   double r = 0.0;
 
   fit::setKernel(model, {0.5});

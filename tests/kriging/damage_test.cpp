@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "kriging/ListFixture.h"
+#include "kriging/Traces.h"
 #include "kriging/exercise.h"
 
 using namespace kriging_test;
@@ -107,7 +108,9 @@ std::vector<std::string> modelFiles() {
 } // namespace
 
 template <class T>
-class DamagedFile : public ::testing::Test {};
+class DamagedFile : public ::testing::Test {
+  Traces traces_;
+};
 TYPED_TEST_SUITE(DamagedFile, Scalars);
 
 TYPED_TEST(DamagedFile, CutAnywhereIsRefused) {
@@ -286,8 +289,7 @@ TYPED_TEST(DamagedFile, WithATrendOfNoKnownLengthAnswersOne) {
   exercise(read);
 }
 
-// ----- lists
-// --------------------------------------------------------------------------------------
+// ----- lists -------------------------------------------------------------------------------------
 
 TYPED_TEST(DamagedFile, OfAListCutAnywhereIsRefused) {
   OpenList<TypeParam> list;

@@ -7,7 +7,10 @@
 #include <fstream>
 #include <sstream>
 
+#include <zarel/bf.h>
+
 #include "kriging/ListFixture.h"
+#include "kriging/Traces.h"
 
 using namespace kriging_test;
 
@@ -72,8 +75,7 @@ void expectSameContents(OpenModel<T>& actual, OpenModel<T>& expected) {
 
 } // namespace
 
-// ----- the layout
-// ---------------------------------------------------------------------------------
+// ----- the layout --------------------------------------------------------------------------------
 
 TEST(KrigingFile, HoldsTheDocumentedBytes) {
   OpenModel<double> model;
@@ -111,6 +113,17 @@ TEST(KrigingFile, OfAListHoldsTheDocumentedBytes) {
   EXPECT_EQ(written(list), documentedBytes(1) + documentedBytes(0));
 }
 
+TEST(KrigingFile, BeginsWithTheVersionAsTheBinaryLayerWritesTexts) {
+  OpenModel<double> model;
+  makeDocumented(model);
+  MemoryFile text;
+  ASSERT_EQ(BF_fwrite_str(text.get(), model.Version()), 0);
+
+  std::string const head = text.bytes();
+
+  EXPECT_EQ(written(model).substr(0, head.size()), head);
+}
+
 TEST(KrigingFile, StoresComplexNumbersAsPairs) {
   OpenModel<std::complex<double>> model;
   makeSolved(model, 2, 1, 1, E_ScaleBoth, E_PolyConst);
@@ -124,6 +137,7 @@ TEST(KrigingFile, StoresComplexNumbersAsPairs) {
 template <class T>
 class KrigingFiles : public ::testing::Test {
 protected:
+  Traces traces_;
   OpenModel<T> model_;
 };
 TYPED_TEST_SUITE(KrigingFiles, Scalars);
@@ -151,8 +165,7 @@ TYPED_TEST(KrigingFiles, HoldNoTrendWhenThereIsNone) {
   EXPECT_EQ(written(with).size() - written(this->model_).size(), 12 + 3 * sizeof(TypeParam));
 }
 
-// ----- round trips
-// --------------------------------------------------------------------------------
+// ----- round trips -------------------------------------------------------------------------------
 
 TYPED_TEST(KrigingFiles, GiveBackWhatWasWritten) {
   for (int scaling = E_ScaleNone; scaling <= E_ScaleBoth; ++scaling) {
@@ -294,8 +307,7 @@ TYPED_TEST(KrigingFiles, PredictToTheLastBit) {
   EXPECT_FALSE(read.ISSolveRequired());
 }
 
-// ----- what is not written
-// ------------------------------------------------------------------------
+// ----- what is not written -----------------------------------------------------------------------
 
 TYPED_TEST(KrigingFiles, AreNotWrittenOfModelsThatAreNotSolved) {
   makeSolved(this->model_, 5, 2, 1);
@@ -377,6 +389,30 @@ TYPED_TEST(KrigingFiles, TellThatTheyCannotGrowWhereverThatIs) {
   }
 }
 
+TYPED_TEST(KrigingFiles, LeaveATraceOfEachFailure) {
+  makeSolved(this->model_, 3, 1, 1);
+  std::string const whole = written(this->model_);
+  ASSERT_EQ(this->traces_.count(), 0);
+  {
+    MemoryFile file;
+    FileSizeLimit const full(10);
+    EXPECT_EQ(this->model_.Write(file.get()), 1);
+  }
+  EXPECT_GT(this->traces_.count(), 0) << "a write that could not go on";
+  for (std::size_t length : {std::size_t{0}, std::size_t{12}, whole.size() - 2}) {
+    Traces const ofRead;
+    OpenModel<TypeParam> read;
+    EXPECT_EQ(readFrom(read, whole.substr(0, length)), 1);
+    EXPECT_GT(ofRead.count(), 0) << "a read that ended at " << length;
+  }
+  for (std::size_t length : {std::size_t{0}, std::size_t{8}, std::size_t{16}}) {
+    Traces const ofList;
+    KrigingList<TypeParam> list;
+    EXPECT_EQ(readFrom(list, whole.substr(0, length)), 1);
+    EXPECT_GT(ofList.count(), 0) << "a list that ended at " << length;
+  }
+}
+
 TYPED_TEST(KrigingFiles, TellOfFullDevicesAndClosedPipes) {
   makeSolved(this->model_, 3, 1, 1);
   FILE* full = std::fopen("/dev/full", "wb");
@@ -419,8 +455,7 @@ TYPED_TEST(KrigingFiles, GoThroughPipes) {
   expectSameContents(read, this->model_);
 }
 
-// ----- lists
-// --------------------------------------------------------------------------------------
+// ----- lists -------------------------------------------------------------------------------------
 
 TYPED_TEST(KrigingFiles, OfListsGiveBackAllModels) {
   OpenList<TypeParam> list;

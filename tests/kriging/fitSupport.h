@@ -1,7 +1,7 @@
 /**
  * @file fitSupport.h
- * What the tests of fits and predictions share: models whose fields can be looked at, samples, and
- * an independent fit by plain elimination in extended precision.
+ * What the tests of fits and predictions share: samples, and an independent fit by
+ * plain elimination in extended precision.
  */
 #ifndef ZAREL_TESTS_KRIGING_FIT_SUPPORT_H
 #define ZAREL_TESTS_KRIGING_FIT_SUPPORT_H
@@ -13,9 +13,7 @@
 #include <random>
 #include <vector>
 
-#include <gtest/gtest.h>
-
-#include <zarel/Kriging.h>
+#include "kriging/OpenModel.h"
 
 namespace fit {
 
@@ -23,51 +21,13 @@ using Complex = std::complex<double>;
 using Wide = std::complex<long double>;
 using Table = std::vector<std::vector<Wide>>; // by rows
 
-template <class T>
-using Vec = C_VecPi<T, int, C_PtrInCore<T, int>>;
+using kriging_test::matrix;
+using kriging_test::Scalars;
+using kriging_test::Vec;
+using kriging_test::vector;
 
-/** A model that shows its fields. */
 template <class T>
-class Probe : public Kriging<T> {
-public:
-  using Base = Kriging<T>;
-  using Base::CorrCoeff;
-  using Base::DropToler;
-  using Base::EvalStartKernel;
-  using Base::FitAtKernel;
-  using Base::InpInterceptVec;
-  using Base::InpSampMtx;
-  using Base::InpScaleVec;
-  using Base::InvCholFactor;
-  using Base::KeepPredictorError;
-  using Base::KernRecentre;
-  using Base::KernStartPending;
-  using Base::KernVec;
-  using Base::LastPredictorError;
-  using Base::MLEValue;
-  using Base::MLEVec;
-  using Base::NuggetFactor;
-  using Base::NumKern;
-  using Base::NumSolves;
-  using Base::OutInterceptVec;
-  using Base::OutputGlobalRange;
-  using Base::OutputRanges;
-  using Base::OutScaleVec;
-  using Base::PolyCoeff;
-  using Base::ProcVarnc;
-  using Base::RegrFactor;
-  using Base::RegrFactorIsTri;
-  using Base::RescaleOnSolve;
-  using Base::SelectLargestErrors;
-  using Base::SolveRequired;
-  using Base::Status;
-  using Base::TestCorrMtx;
-  using Base::TestCorrStale;
-  using Base::TestPolyMtx;
-  using Base::TestPolyStale;
-  using Base::TestRelativeErrorVec;
-  using Base::WhitenedRegrT;
-};
+using Probe = kriging_test::OpenModel<T>;
 
 inline double uniform(std::mt19937& engine, double low, double high) {
   return low + (high - low) * (engine() / 4294967296.0);
@@ -89,28 +49,6 @@ C_MatMGe<T> randomMatrix(int rows, int cols, unsigned seed, double low = -1.0, d
   for (int j = 0; j < cols; ++j)
     for (int i = 0; i < rows; ++i)
       fill(out(i, j), engine, low, high);
-  return out;
-}
-
-template <class T = double>
-C_MatMGe<T> matrixOf(std::initializer_list<std::initializer_list<T>> rows) {
-  C_MatMGe<T> out(static_cast<int>(rows.size()), static_cast<int>(rows.begin()->size()));
-  int i = 0;
-  for (const auto& row : rows) {
-    int j = 0;
-    for (const T& value : row)
-      out(i, j++) = value;
-    ++i;
-  }
-  return out;
-}
-
-template <class T = double>
-Vec<T> vectorOf(std::initializer_list<T> values) {
-  Vec<T> out(static_cast<int>(values.size()));
-  int i = 0;
-  for (const T& value : values)
-    out[i++] = value;
   return out;
 }
 
@@ -139,7 +77,7 @@ void load(Kriging<T>& model, C_MatMGe<T>& X, C_MatMGe<T>& Y) {
 template <class T>
 void setKernel(Kriging<T>& model, std::initializer_list<double> values) {
   model.PutKrigingKernVarType(values.size() == 1 ? E_KernIsotropic : E_KernAnisotropic);
-  Vec<double> kernel = vectorOf(values);
+  Vec<double> kernel = vector(values);
   ASSERT_EQ(model.PutKernVec(kernel), 0);
 }
 

@@ -1,20 +1,20 @@
 // Fits and predictions with every allocation failed in turn, stopped from another thread, and what
 // a fit says of itself.
 #include <atomic>
-#include <cstring>
-#include <string>
+#include <cstdio>
 #include <thread>
 
-#include <zarel/C_MessageTool.h>
-
 #include "kriging/fitSupport.h"
-#include "support/Capture.h"
+
+#include "kriging/Listener.h"
+#include "kriging/Traces.h"
 #include "support/FailingAllocation.h"
 
 namespace {
 
 using fit::Complex;
 using fit::Probe;
+using fit::Scalars;
 using support::FailingAllocation;
 using support::forEachFailingAllocation;
 using support::Unharmed;
@@ -46,11 +46,11 @@ protected:
     expectPredicts(model, P, expected, 1e-9);
   }
 
+  kriging_test::Traces traces;
   C_MatMGe<T> X = fit::randomMatrix<T>(9, 2, 1);
   C_MatMGe<T> Y = fit::responseAt(X, 1);
   C_MatMGe<T> P = fit::randomMatrix<T>(20, 2, 2);
 };
-using Scalars = ::testing::Types<double, Complex>;
 TYPED_TEST_SUITE(KrigingFitFaultsOf, Scalars);
 
 TYPED_TEST(KrigingFitFaultsOf, AFitWithoutMemoryCanBeRepeated) {
@@ -160,8 +160,7 @@ TYPED_TEST(KrigingFitFaultsOf, CachesAreRightAfterAFailureWhileTheyGrew) {
   EXPECT_GT(failures, 5);
 }
 
-// ----- stop
-// ---------------------------------------------------------------------------------------
+// ----- stop --------------------------------------------------------------------------------------
 
 TEST(KrigingStop, EndsAFitFromAnotherThread) {
   C_MatMGe<double> X = fit::randomMatrix<double>(120, 6, 1), Y = fit::responseAt(X, 1);
@@ -188,53 +187,35 @@ TEST(KrigingStop, EndsAFitFromAnotherThread) {
   EXPECT_EQ(model.Solve(), 1);
 }
 
-// ----- the message of a trial
-// ---------------------------------------------------------------------
+// ----- the message of a trial --------------------------------------------------------------------
 
-class KrigingReport : public ::testing::Test {
-protected:
-  void SetUp() override {
-    tool->setVerbosityLevel(static_cast<Zarel::MessageToolEnums::E_VerbosityLevel_enum>(3),
-                            Zarel::MessageToolEnums::SCREEN);
-    tool->ActivateDebugScope(502, true, Zarel::MessageToolEnums::SCREEN);
-  }
-  void TearDown() override {
-    tool->setVerbosityLevel(static_cast<Zarel::MessageToolEnums::E_VerbosityLevel_enum>(0),
-                            Zarel::MessageToolEnums::SCREEN);
-    tool->ActivateDebugScope(502, false, Zarel::MessageToolEnums::SCREEN);
-  }
-  Zarel::C_MessageTool* tool = Zarel::C_MessageTool::Instance("DefaultMessageTool");
-};
-
-TEST_F(KrigingReport, NamesTheMultipliersAndTheCriterion) {
+TEST(KrigingReport, NamesTheMultipliersAndTheCriterion) {
   C_MatMGe<double> X = fit::randomMatrix<double>(9, 2, 1), Y = fit::responseAt(X, 1);
   Probe<double> model;
   fit::load(model, X, Y);
   model.PutPolynomType(E_PolyConst);
   fit::setKernel(model, {1.5, 0.25});
+  kriging_test::Listener listener;
 
-  const std::string said = support::capture([&] { EXPECT_EQ(model.Solve(), 0); }).out;
+  ASSERT_EQ(model.Solve(), 0);
 
   char expected[200];
   std::snprintf(expected, sizeof expected, "   Kernel : 1.500000 0.250000  -> %lf", model.MLEValue);
-  EXPECT_EQ(said.substr(0, std::strlen(expected)), expected);
-  EXPECT_EQ(said.size(), std::strlen(expected) + 1); // and the tool's end character
+  EXPECT_EQ(listener.texts, kriging_test::Texts{expected});
 }
 
-TEST_F(KrigingReport, HasALineForEachTrialOfASearch) {
-  C_MatMGe<double> X = fit::randomMatrix<double>(9, 1, 1), Y = fit::responseAt(X, 1);
+TEST(KrigingReport, IsHeardAtItsLevelInItsScopeOnly) {
+  C_MatMGe<double> X = fit::randomMatrix<double>(9, 2, 1), Y = fit::responseAt(X, 1);
   Probe<double> model;
   fit::load(model, X, Y);
   model.PutPolynomType(E_PolyConst);
-  model.PutKrigingKernOptType(E_KernOptPattern);
+  kriging_test::Listener listener;
 
-  const std::string said = support::capture([&] { EXPECT_EQ(model.Solve(), 0); }).out;
-
-  // The start, two passes of at least one trial each, and the fit at the best.
-  int lines = 0;
-  for (std::size_t at = 0; (at = said.find("   Kernel : ", at)) != std::string::npos; ++at)
-    ++lines;
-  EXPECT_GE(lines, 4);
+  listener.letThrough(2, true);
+  ASSERT_EQ(model.ReSolve(), 0);
+  listener.letThrough(3, false);
+  ASSERT_EQ(model.ReSolve(), 0);
+  EXPECT_EQ(listener.kernelLines(), 0);
 }
 
 } // namespace

@@ -1,58 +1,10 @@
 // What a list says while it fits, and how it collects predictions.
-#include <cmath>
-
-#include <zarel/C_MessageTool.h>
-
 #include "kriging/ListFixture.h"
+#include "kriging/Listener.h"
 
 using namespace kriging_test;
 
 namespace {
-
-/// Takes the messages of the screen as long as it lives, with scope 502 and level 3 let through.
-class Listener : public Zarel::C_MessageStreamCtrl {
-public:
-  Listener() : tool_(Zarel::C_MessageTool::Instance("DefaultMessageTool")) {
-    tool_->setMessageStreamCtrl(this, Zarel::SCREEN);
-    letThrough(3, true);
-  }
-  ~Listener() override {
-    tool_->ResetMessageStreamCtrl(Zarel::SCREEN);
-    letThrough(0, false);
-  }
-
-  void letThrough(int level, bool scope) {
-    tool_->setVerbosityLevel(level, Zarel::SCREEN);
-    tool_->ActivateDebugScope(502, scope, Zarel::SCREEN);
-  }
-
-  int AppHandleMessage(std::string const& text, Zarel::E_MessageType_enum type,
-                       Zarel::E_MessageStream_enum stream, FILE*) override {
-    if (stream != Zarel::SCREEN) return 0;
-    EXPECT_EQ(type, Zarel::E_MsgInfo);
-    texts.push_back(text);
-    return 0;
-  }
-  int AppOpenProgress() override { return 0; }
-  int AppSetProgress(std::string const&, int, Zarel::E_MessageStream_enum) override { return 0; }
-  int AppCloseProgress() override { return 0; }
-
-  std::vector<std::string> texts;
-
-private:
-  Zarel::C_MessageTool* tool_;
-};
-
-using Texts = std::vector<std::string>;
-
-/// Those of the texts that are not a fit's own report.
-Texts ofTheList(Texts const& texts) {
-  Texts result;
-  for (auto const& text : texts) {
-    if (text.find("   Kernel : ") != 0) result.push_back(text);
-  }
-  return result;
-}
 
 template <class T>
 void makeFittable(KrigingList<T>& list) {
@@ -75,10 +27,10 @@ TYPED_TEST(KrigingListSolve, SaysWhichModelItFits) {
 
   ASSERT_EQ(this->list_.Solve(), 0);
 
-  EXPECT_EQ(ofTheList(listener.texts), (Texts{"\n================================================",
-                                              ">> New Solve of list of Kriging models...",
-                                              ">> -> Solve of 0-th Kriging model...",
-                                              ">> -> Solve of 1-th Kriging model..."}));
+  EXPECT_EQ(listener.otherLines(), (Texts{"\n================================================",
+                                          ">> New Solve of list of Kriging models...",
+                                          ">> -> Solve of 0-th Kriging model...",
+                                          ">> -> Solve of 1-th Kriging model..."}));
 }
 
 TYPED_TEST(KrigingListSolve, SaysNothingBelowItsLevelOrOutOfItsScope) {
@@ -99,7 +51,7 @@ TYPED_TEST(KrigingListSolve, SaysNothingWhenItFitsAgain) {
 
   ASSERT_EQ(this->list_.ReSolve(), 0);
 
-  EXPECT_EQ(ofTheList(listener.texts), Texts{});
+  EXPECT_EQ(listener.otherLines(), Texts{});
 }
 
 TYPED_TEST(KrigingListSolve, PrintsTextsAndFormats) {
@@ -128,13 +80,12 @@ TYPED_TEST(KrigingListSolve, StopsAtTheFirstModelThatFails) {
 
   EXPECT_EQ(this->list_.Solve(), 1);
 
-  EXPECT_EQ(ofTheList(listener.texts).back(), ">> -> Solve of 0-th Kriging model...");
+  EXPECT_EQ(listener.otherLines().back(), ">> -> Solve of 0-th Kriging model...");
   EXPECT_EQ(this->list_.GetItemKriging(1)->GetKrigingStatus(), E_KrigingStatusReady);
   EXPECT_EQ(this->list_.ReSolve(), 1);
 }
 
-// ----- predictions
-// --------------------------------------------------------------------------------
+// ----- predictions -------------------------------------------------------------------------------
 
 TYPED_TEST(KrigingListSolve, PutsThePredictionsOfItsModelsSideBySide) {
   makeFittable(this->list_);

@@ -1,5 +1,6 @@
 // Sizes, samples, options and copies of a list.
 #include "kriging/ListFixture.h"
+#include "kriging/Traces.h"
 
 using namespace kriging_test;
 
@@ -105,8 +106,7 @@ TYPED_TEST(KrigingLists, RefuseANegativeNumberOfModels) {
   EXPECT_EQ(this->list_.NumKriging, 0);
 }
 
-// ----- options
-// ------------------------------------------------------------------------------------
+// ----- options -----------------------------------------------------------------------------------
 
 namespace {
 
@@ -156,15 +156,22 @@ TYPED_TEST(KrigingLists, SetOptionsOfOneModelOrAll) {
 }
 
 TYPED_TEST(KrigingLists, SetStepsAndAnswerOneAllTheSame) {
-  this->list_.PutNumKriging(2);
+  auto& list = this->list_;
+  list.PutNumKriging(2);
+  auto const steps = [&] {
+    auto const step = &OpenModel<TypeParam>::SolveStep;
+    return std::vector<int>{list.Models[0].*step, list.Models[1].*step};
+  };
 
-  EXPECT_EQ(this->list_.SetStep(3, -1), 1);
-  EXPECT_EQ(this->list_.SetStep(3, 0), 1);
-  EXPECT_EQ(this->list_.SetStep(3, 7), 1);
+  EXPECT_EQ(list.SetStep(3, -1), 1);
+  EXPECT_EQ(steps(), (std::vector<int>{3, 3}));
+  EXPECT_EQ(list.SetStep(5, 0), 1);
+  EXPECT_EQ(steps(), (std::vector<int>{5, 3}));
+  EXPECT_EQ(list.SetStep(4, 7), 1);
+  EXPECT_EQ(steps(), (std::vector<int>{5, 3}));
 }
 
-// ----- samples
-// ------------------------------------------------------------------------------------
+// ----- samples -----------------------------------------------------------------------------------
 
 TYPED_TEST(KrigingLists, DealTheColumnsOfTheOutputs) {
   auto& list = this->list_;
@@ -269,8 +276,7 @@ TYPED_TEST(KrigingLists, JoinTheKernelsOfTheirModels) {
   EXPECT_EQ(values(joined), (std::vector<double>{0.5, 1.5, 2.5}));
 }
 
-// ----- copies
-// -------------------------------------------------------------------------------------
+// ----- copies ------------------------------------------------------------------------------------
 
 TYPED_TEST(KrigingLists, CopyAllModels) {
   auto& list = this->list_;
@@ -332,6 +338,33 @@ TYPED_TEST(KrigingLists, RefuseToCopyWhatIsNotThere) {
     OpenList<TypeParam> copy(solved, ids, error);
     EXPECT_EQ(error, 1);
   }
+}
+
+TYPED_TEST(KrigingLists, TraceWhatASourceDoesNotTell) {
+  class Silent : public OpenList<TypeParam> {
+  public:
+    int GetNumKriging(int& value) const override { return this->answer(0, value, 2); }
+    int GetNumSamp(int& value) const override { return this->answer(1, value, 5); }
+    int GetNumVar(int& value) const override { return this->answer(2, value, 2); }
+    int silent = 0;
+
+  private:
+    int answer(int which, int& value, int known) const {
+      value = known;
+      return silent == which ? 1 : 0;
+    }
+  } source;
+  makeSolvedList(source, {1, 1}, 5, 2);
+  for (source.silent = 0; source.silent < 3; ++source.silent) {
+    Traces const traces;
+    int error = 0;
+    OpenList<TypeParam> copy(source, error);
+    EXPECT_EQ(error, 1);
+    EXPECT_EQ(traces.count(), 1);
+  }
+  int error = -1;
+  OpenList<TypeParam> copy(source, error);
+  EXPECT_EQ(error, 0);
 }
 
 TYPED_TEST(KrigingLists, ShareModelsWithTheirPlainCopies) {

@@ -6,12 +6,12 @@ namespace {
 using fit::Complex;
 using fit::DenseFit;
 using fit::Probe;
+using fit::Scalars;
 using fit::Table;
 using fit::Vec;
 
 template <class T>
 class KrigingPredictOf : public ::testing::Test {};
-using Scalars = ::testing::Types<double, Complex>;
 TYPED_TEST_SUITE(KrigingPredictOf, Scalars);
 
 /** Predictions of the dense fit at P: r gamma + f beta. */
@@ -148,7 +148,7 @@ TEST(KrigingScaledPredict, ScalingChangesNeitherMeansNorErrorsMuch) {
   fit::setKernel(scaled, {2.0});
   ASSERT_EQ(scaled.Solve(), 0);
   const double s = scaled.InpScaleVec[0];
-  Vec<double> moved = fit::vectorOf({2.0 / (s * s)});
+  Vec<double> moved = fit::vector({2.0 / (s * s)});
   scaled.PutKernVec(moved);
   ASSERT_EQ(plain.EvalModelAndPredictor(P, a, ea), 0);
   ASSERT_EQ(scaled.EvalModelAndPredictor(P, b, eb), 0);
@@ -206,6 +206,24 @@ TEST_F(KrigingPredict, AModelThatMissesItsFactorsPredictsWithoutARefit) {
   EXPECT_EQ(count, 15);
 }
 
+TEST_F(KrigingPredict, ErrorsAndRowsFitAgainWhenTheFactorsAreMissing) {
+  C_MatMGe<double> C, F;
+  int wanted = 1;
+  const auto refits = [this](const std::function<int()>& ask) {
+    const int before = model.NumSolves;
+    model.SolveRequired = true;
+    EXPECT_EQ(ask(), 0);
+    return model.NumSolves - before;
+  };
+  ASSERT_EQ(model.Solve(), 0);
+  EXPECT_EQ(refits([&] { return model.EvalModelAndPredictor(P, out, E); }), 1);
+  EXPECT_EQ(refits([&] { return model.EvalSampCorrAndPol(P, C, F); }), 1);
+  EXPECT_EQ(refits([&] { return model.EvalModel(P, out, wanted, newPoints, largest, false); }), 1);
+  EXPECT_EQ(refits([&] { return model.EvalModel(P, out); }), 0);
+  model.KeepPredictorError = true;
+  EXPECT_EQ(refits([&] { return model.EvalModel(P, out); }), 1);
+}
+
 TEST_F(KrigingPredict, PointsAndValuesMayBeTheSameMatrix) {
   ASSERT_EQ(model.EvalModel(P, out), 0);
   C_MatMGe<double> both(P);
@@ -221,7 +239,7 @@ TEST_F(KrigingPredict, APointsPredictionDoesNotDependOnItsCompany) {
   C_MatMGe<double> many = fit::randomMatrix<double>(700, 2, 3), all, single;
   ASSERT_EQ(model.EvalModel(many, all), 0);
   for (int i : {0, 255, 256, 511, 512, 699}) {
-    C_MatMGe<double> point = fit::matrixOf({{many(i, 0), many(i, 1)}});
+    C_MatMGe<double> point = fit::matrix({{many(i, 0), many(i, 1)}});
     ASSERT_EQ(model.EvalModel(point, single), 0);
     EXPECT_NEAR(single(0, 0), all(i, 0), 1e-11);
   }
@@ -245,7 +263,7 @@ TEST_F(KrigingPredict, CachedCorrelationsAreReusedAndExtendedByNewSamples) {
   ASSERT_EQ(model.PutInpTestMtx(P), 0);
   ASSERT_EQ(evalTest(numNew), 0);
   ASSERT_EQ(model.TestCorrMtx.NbCol(), 15);
-  C_MatMGe<double> x = fit::matrixOf({{0.9, -0.8}}), y = fit::responseAt(x, 2);
+  C_MatMGe<double> x = fit::matrix({{0.9, -0.8}}), y = fit::responseAt(x, 2);
   ASSERT_EQ(model.AppendSampData(x, y, false), 0);
   ASSERT_EQ(model.Solve(), 0); // without optimisation nor scaling the caches stay valid
   model.TestCorrMtx(2, 3) = 0.125;
@@ -284,13 +302,61 @@ TEST_F(KrigingPredict, NewTestPointsOfAnotherCountRebuildTheCaches) {
     EXPECT_NEAR(out(i, 0), plain(i, 0), 1e-11);
 }
 
-TEST_F(KrigingPredict, KeepsItsErrorsWhenAsked) {
-  model.KeepPredictorError = true;
-  ASSERT_EQ(model.EvalModel(P, out), 0);
-  ASSERT_EQ(model.EvalModelAndPredictor(P, out, E), 0);
-  ASSERT_EQ(model.LastPredictorError.NbRow(), 6);
+TEST_F(KrigingPredict, TrendTermsAreRebuiltWhenTheSamplesCarryMoreOfThem) {
+  // Samples on a line carry the constant alone; the one beside it makes them carry the linear
+  // trend.
+  C_MatMGe<double> line = fit::matrix({{0.0, 0.0}, {0.25, 0.25}, {0.5, 0.5}, {1.0, 1.0}});
+  C_MatMGe<double> x = fit::matrix({{0.75, 0.125}}), y = fit::responseAt(x, 2);
+  C_MatMGe<double> values = fit::responseAt(line, 2), plain;
+  Probe<double> growing;
+  fit::load(growing, line, values);
+  growing.PutPolynomType(E_PolyLinear);
+  fit::setKernel(growing, {2.0});
+  int numNew = 0;
+  ASSERT_EQ(growing.PutInpTestMtx(P), 0);
+  ASSERT_EQ(growing.EvalModel(P, out, numNew, newPoints, largest, true), 0);
+  ASSERT_EQ(growing.TestPolyMtx.NbCol(), 1);
+  ASSERT_EQ(growing.AppendSampData(x, y, false), 0);
+  ASSERT_EQ(growing.Solve(), 0);
+  ASSERT_FALSE(growing.TestPolyStale);
+  ASSERT_EQ(growing.PolyCoeff.NbRow(), 3);
+
+  ASSERT_EQ(growing.EvalModel(P, out, numNew, newPoints, largest, true), 0);
+
+  ASSERT_EQ(growing.EvalModel(P, plain), 0);
   for (int i = 0; i < 6; ++i)
-    EXPECT_EQ(model.LastPredictorError(i, 1), E(i, 1));
+    EXPECT_NEAR(out(i, 0), plain(i, 0), 1e-11);
+}
+
+TEST_F(KrigingPredict, CachedTrendTermsAreReused) {
+  int numNew = 0;
+  ASSERT_EQ(model.PutInpTestMtx(P), 0);
+  ASSERT_EQ(evalTest(numNew), 0);
+  model.TestPolyMtx(3, 1) = 0.125;
+  ASSERT_EQ(evalTest(numNew), 0);
+  EXPECT_EQ(model.TestPolyMtx(3, 1), 0.125);
+  model.TestPolyStale = true;
+  ASSERT_EQ(evalTest(numNew), 0);
+  EXPECT_EQ(model.TestPolyMtx(3, 1), P(3, 0));
+}
+
+TEST_F(KrigingPredict, KeepsItsErrorsWhenAsked) {
+  ASSERT_EQ(model.EvalModelAndPredictor(P, out, E), 0);
+  ASSERT_EQ(model.PutInpTestMtx(P), 0);
+  for (int wanted : {0, 1})
+    for (bool const useTest : {false, true}) {
+      int numNew = wanted;
+      model.LastPredictorError.Release();
+      model.KeepPredictorError = true;
+      ASSERT_EQ(model.EvalModel(P, out, numNew, newPoints, largest, useTest), 0);
+      ASSERT_EQ(model.LastPredictorError.NbRow(), 6);
+      for (int i = 0; i < 6; ++i)
+        EXPECT_NEAR(model.LastPredictorError(i, 1), E(i, 1), 1e-11);
+    }
+  model.KeepPredictorError = false;
+  model.LastPredictorError.Release();
+  ASSERT_EQ(model.EvalModel(P, out), 0);
+  EXPECT_EQ(model.LastPredictorError.NbRow(), 0);
 }
 
 TEST_F(KrigingPredict, ErrorsFromRowsAreThoseFromPoints) {
@@ -328,6 +394,30 @@ TEST_F(KrigingPredict, WithoutATrendALongWhitenedRowGivesNan) {
   }
 }
 
+TEST_F(KrigingPredict, TheWorstErrorsAreThoseOfThePointsOneByOne) {
+  C_MatMGe<double> relative;
+  double largestAbsolute = 0.0, largestRelative = 0.0;
+  ASSERT_EQ(model.EvalModelAndPredictor(P, out, E), 0);
+  ASSERT_EQ(model.GetRelativePredictorError(out, E, relative), 0);
+  for (int i = 0; i < 6; ++i)
+    for (int j = 0; j < 2; ++j) {
+      largestAbsolute = std::max(largestAbsolute, E(i, j));
+      largestRelative = std::max(largestRelative, relative(i, j));
+    }
+  for (bool const keep : {false, true}) {
+    double absolute = -1.0, worst = -1.0;
+    int count = 0;
+    model.KeepPredictorError = keep;
+
+    ASSERT_EQ(model.GetPredictorError(P, absolute, worst, count), 0);
+
+    EXPECT_EQ(absolute, largestAbsolute);
+    EXPECT_EQ(worst, largestRelative);
+    EXPECT_EQ(count, 15); // the samples, not the points
+    EXPECT_EQ(model.KeepPredictorError, keep);
+  }
+}
+
 TEST_F(KrigingPredict, AFailedErrorLeavesTheKeepFlagSet) {
   C_MatMGe<double> wrong(4, 3);
   double absolute, relative;
@@ -345,8 +435,7 @@ TEST_F(KrigingPredict, ClearedFactorsFailWhereTheyAreNeeded) {
   EXPECT_EQ(model.EvalModelAndPredictor(P, out, E), 0);
 }
 
-// ----- published functions
-// ------------------------------------------------------------------------
+// ----- published functions -----------------------------------------------------------------------
 
 constexpr double pi = 3.14159265358979323846;
 

@@ -26,7 +26,7 @@ protected:
 TEST_F(KrigingQuality, NearZeroAValueIsMeasuredAgainstHalfTheRange) {
   model.OutputRanges(0, 2) = 10.0;
   model.OutputRanges(1, 2) = 10.0;
-  C_MatMGe<double> M = fit::matrixOf({{0.0005, -2.0}}), E = fit::matrixOf({{3.0, 3.0}});
+  C_MatMGe<double> M = fit::matrix({{0.0005, -2.0}}), E = fit::matrix({{3.0, 3.0}});
 
   ASSERT_EQ(model.GetRelativePredictorError(M, E, D), 0);
 
@@ -36,7 +36,7 @@ TEST_F(KrigingQuality, NearZeroAValueIsMeasuredAgainstHalfTheRange) {
 
 TEST_F(KrigingQuality, WithoutARangeTheErrorItselfIsTheMeasure) {
   model.OutputRanges(0, 2) = 0.0;
-  C_MatMGe<double> M = fit::matrixOf({{0.0, 1.0}}), E = fit::matrixOf({{3.0, 3.0}});
+  C_MatMGe<double> M = fit::matrix({{0.0, 1.0}}), E = fit::matrix({{3.0, 3.0}});
   ASSERT_EQ(model.GetRelativePredictorError(M, E, D), 0);
   EXPECT_EQ(D(0, 0), 3.0);
 }
@@ -47,8 +47,8 @@ TEST_F(KrigingQuality, GroupsAreMeasuredByTheirNorms) {
   grouped.PutNumSol(2, 1, nullptr);
   grouped.PutInpSampMtx(X);
   grouped.PutOutSampMtx(Y);
-  C_MatMGe<double> M = fit::matrixOf({{30.0, -40.0}, {0.0, 0.0}});
-  C_MatMGe<double> E = fit::matrixOf({{3.0, 4.0}, {3.0, 4.0}});
+  C_MatMGe<double> M = fit::matrix({{30.0, -40.0}, {0.0, 0.0}});
+  C_MatMGe<double> E = fit::matrix({{3.0, 4.0}, {3.0, 4.0}});
 
   ASSERT_EQ(grouped.GetRelativePredictorErrorNorm(M, E, D), 0);
 
@@ -59,7 +59,7 @@ TEST_F(KrigingQuality, GroupsAreMeasuredByTheirNorms) {
 
 TEST_F(KrigingQuality, AGroupWithoutRangeIsMeasuredAgainstTheDropLevel) {
   model.OutputGlobalRange[0] = 0.0;
-  C_MatMGe<double> M = fit::matrixOf({{0.0, 1.0}}), E = fit::matrixOf({{3.0, 3.0}});
+  C_MatMGe<double> M = fit::matrix({{0.0, 1.0}}), E = fit::matrix({{3.0, 3.0}});
   ASSERT_EQ(model.GetRelativePredictorErrorNorm(M, E, D), 0);
   EXPECT_DOUBLE_EQ(D(0, 0), 3.0 / (model.DropToler / 2));
 }
@@ -73,8 +73,8 @@ TEST_F(KrigingQuality, RelativeErrorsNeedMatchingShapes) {
 }
 
 TEST_F(KrigingQuality, ErrorsAreColumnMaximaOfDifferences) {
-  C_MatMGe<double> A = fit::matrixOf({{1.0, 2.0}, {3.0, 4.0}});
-  C_MatMGe<double> B = fit::matrixOf({{1.5, 2.0}, {1.0, 4.25}});
+  C_MatMGe<double> A = fit::matrix({{1.0, 2.0}, {3.0, 4.0}});
+  C_MatMGe<double> B = fit::matrix({{1.5, 2.0}, {1.0, 4.25}});
   Vec<double> each;
   double e = -1.0;
   ASSERT_EQ(model.GetError(A, B, D), 0);
@@ -87,7 +87,7 @@ TEST_F(KrigingQuality, ErrorsAreColumnMaximaOfDifferences) {
 }
 
 TEST_F(KrigingQuality, RelativeErrorsAreTakenAgainstTheActualValues) {
-  C_MatMGe<double> A = fit::matrixOf({{100.0, 200.0}}), B = fit::matrixOf({{110.0, 100.0}});
+  C_MatMGe<double> A = fit::matrix({{100.0, 200.0}}), B = fit::matrix({{110.0, 100.0}});
   Vec<double> each;
   double e = -1.0;
   ASSERT_EQ(model.GetRelativeError(A, B, D), 0);
@@ -141,25 +141,29 @@ TEST_F(KrigingQuality, ChecksAgainstKnownValuesIgnoreShapesThatDoNotFit) {
       expected = std::max(expected, std::fabs(values(i, j) - V(i, j)));
   EXPECT_DOUBLE_EQ(e, expected);
   ASSERT_EQ(model.CheckRelativeError(P, V, e, predicted), 0);
-  EXPECT_GT(predicted, 0.0);
+  ASSERT_EQ(model.GetRelativeError(V, values, expected), 0);
+  EXPECT_EQ(e, expected);
+  C_MatMGe<double> worst;
+  int one = 1;
+  ASSERT_EQ(model.EvalModel(P, values, one, worst, expected, false), 0);
+  EXPECT_EQ(predicted, expected);
 
   model.Status = E_KrigingStatusReady;
   EXPECT_EQ(model.CheckError(P, V, e), 1);
   EXPECT_EQ(model.CheckRelativeError(P, V, e, predicted), 1);
 }
 
-// ----- coefficient of determination
-// ---------------------------------------------------------------
+// ----- coefficient of determination --------------------------------------------------------------
 
 TEST_F(KrigingQuality, R2OfAVectorWithItselfIsOne) {
-  Vec<double> a = fit::vectorOf({1.0, 2.0, 4.0});
+  Vec<double> a = fit::vector({1.0, 2.0, 4.0});
   double r2 = -1.0;
   ASSERT_EQ(model.getR2(a, a, r2), 0);
   EXPECT_EQ(r2, 1.0);
 }
 
 TEST_F(KrigingQuality, R2SpreadsTheSecondVectorAroundTheMeanOfTheFirst) {
-  Vec<double> a = fit::vectorOf({0.0, 2.0}), b = fit::vectorOf({1.0, 4.0}), shorter(1);
+  Vec<double> a = fit::vector({0.0, 2.0}), b = fit::vector({1.0, 4.0}), shorter(1);
   double r2 = -1.0;
   ASSERT_EQ(model.getR2(a, b, r2), 0);
   EXPECT_DOUBLE_EQ(r2, 1.0 - (1.0 + 4.0) / (0.0 + 9.0));
@@ -168,15 +172,15 @@ TEST_F(KrigingQuality, R2SpreadsTheSecondVectorAroundTheMeanOfTheFirst) {
 }
 
 TEST_F(KrigingQuality, R2DividesByZeroUnguarded) {
-  Vec<double> a = fit::vectorOf({0.0, 2.0}), b = fit::vectorOf({1.0, 1.0});
+  Vec<double> a = fit::vector({0.0, 2.0}), b = fit::vector({1.0, 1.0});
   double r2 = -1.0;
   ASSERT_EQ(model.getR2(a, b, r2), 0);
   EXPECT_TRUE(std::isinf(r2));
 }
 
 TEST_F(KrigingQuality, R2OfMatricesIsTheSmallest) {
-  C_MatMGe<double> A = fit::matrixOf({{0.0, 0.0}, {2.0, 2.0}});
-  C_MatMGe<double> B = fit::matrixOf({{0.0, 1.0}, {2.0, 4.0}}), wrong(2, 3);
+  C_MatMGe<double> A = fit::matrix({{0.0, 0.0}, {2.0, 2.0}});
+  C_MatMGe<double> B = fit::matrix({{0.0, 1.0}, {2.0, 4.0}}), wrong(2, 3);
   double r2 = -1.0;
   ASSERT_EQ(model.getR2(A, B, r2), 0);
   EXPECT_DOUBLE_EQ(r2, 1.0 - 5.0 / 9.0);
@@ -198,8 +202,8 @@ TEST_F(KrigingQuality, R2AtTheSamplesIsAlmostOne) {
 
 TEST(KrigingQualityOfComplex, UsesModuliAndAComplexMean) {
   Probe<Complex> model;
-  Vec<Complex> a = fit::vectorOf<Complex>({{0.0, 0.0}, {0.0, 2.0}});
-  Vec<Complex> b = fit::vectorOf<Complex>({{1.0, 0.0}, {0.0, 4.0}});
+  Vec<Complex> a = fit::vector<Complex>({{0.0, 0.0}, {0.0, 2.0}});
+  Vec<Complex> b = fit::vector<Complex>({{1.0, 0.0}, {0.0, 4.0}});
   double r2 = -1.0;
   ASSERT_EQ(model.getR2(a, b, r2), 0);
   // mean i; |b - a|^2 = 1, 4; |b - i|^2 = 2, 9
@@ -219,15 +223,23 @@ TEST(KrigingQualityOfComplex, UsesModuliAndAComplexMean) {
   EXPECT_DOUBLE_EQ(D(0, 0), 0.1);
 }
 
-// ----- refinement points
-// --------------------------------------------------------------------------
+// ----- refinement points -------------------------------------------------------------------------
 
 TEST_F(KrigingQuality, ASampleIsAnInputPointWithinItsTolerance) {
-  C_MatMGe<double> P = fit::matrixOf({{X(4, 0) + 0.9e-7, X(4, 1)}, {X(4, 0) + 1.1e-7, X(4, 1)}});
+  C_MatMGe<double> P = fit::matrix({{X(4, 0) + 0.9e-7, X(4, 1)}, {X(4, 0) + 1.1e-7, X(4, 1)}});
   EXPECT_TRUE(model.IsInputPoint(P, 0));
   EXPECT_FALSE(model.IsInputPoint(P, 1));
   Probe<double> empty;
   EXPECT_FALSE(empty.IsInputPoint(P, 0));
+}
+
+TEST_F(KrigingQuality, DistancesFromSamplesAreNotScaled) {
+  C_MatMGe<double> P = fit::matrix({{X(4, 0) + 0.9e-7, X(4, 1)}, {X(4, 0) + 1.1e-7, X(4, 1)}});
+  model.PutScalingType(E_ScaleBoth);
+  ASSERT_EQ(model.Solve(), 0);
+  ASSERT_GT(std::fabs(model.InpScaleVec[0] - 1.0), 0.3); // or the case shows nothing
+  EXPECT_TRUE(model.IsInputPoint(P, 0));
+  EXPECT_FALSE(model.IsInputPoint(P, 1));
 }
 
 class SelectLargestErrors : public KrigingQuality {
@@ -291,7 +303,12 @@ TEST_F(KrigingQuality, ProposesThePointsOfLargestRelativeError) {
   ASSERT_EQ(numNew, 4);
   ASSERT_EQ(newPoints.NbRow(), 4);
   ASSERT_EQ(model.GetTestRelativeErrorDim(), 20);
+  C_MatMGe<double> errors, relative;
+  ASSERT_EQ(model.EvalModelAndPredictor(P, out, errors), 0);
+  ASSERT_EQ(model.GetRelativePredictorErrorNorm(out, errors, relative), 0);
   int best = 0;
+  for (int i = 0; i < 20; ++i)
+    EXPECT_NEAR(model.TestRelativeError(i), std::max(relative(i, 0), relative(i, 1)), 1e-10);
   for (int i = 0; i < 20; ++i)
     if (model.TestRelativeError(i) > model.TestRelativeError(best)) best = i;
   EXPECT_EQ(largest, model.TestRelativeError(best));
@@ -321,8 +338,7 @@ TEST_F(KrigingQuality, ProposesNoMoreThanThePointsThatAreNotSamples) {
   EXPECT_EQ(newPoints.NbRow(), 2); // as it was
 }
 
-// ----- checks of new points
-// -----------------------------------------------------------------------
+// ----- checks of new points ----------------------------------------------------------------------
 
 class CheckNewPoints : public ::testing::Test {
 protected:
@@ -334,50 +350,56 @@ protected:
     return std::vector<int>(ids, ids + accepted.NbRow());
   }
 
-  C_MatMGe<double> X = fit::matrixOf({{0.0}, {10.0}, {20.0}});
-  C_MatMGe<double> Y = fit::matrixOf({{1.0}, {2.0}, {3.0}}), accepted;
+  C_MatMGe<double> X = fit::matrix({{0.0}, {10.0}, {20.0}});
+  C_MatMGe<double> Y = fit::matrix({{1.0}, {2.0}, {3.0}}), accepted;
   Probe<double> model;
 };
 
 TEST_F(CheckNewPoints, AcceptsPointsFarFromSamplesAndFromEachOther) {
-  EXPECT_EQ(check(fit::matrixOf({{5.0}, {10.5}, {5.5}, {15.0}}), 1.0), (std::vector<int>{0, 3}));
+  EXPECT_EQ(check(fit::matrix({{5.0}, {10.5}, {5.5}, {15.0}}), 1.0), (std::vector<int>{0, 3}));
   EXPECT_EQ(accepted(1, 0), 15.0);
 }
 
 TEST_F(CheckNewPoints, StartsFromNothing) {
-  accepted = fit::matrixOf({{77.0}});
-  EXPECT_EQ(check(fit::matrixOf({{5.0}}), 1.0), (std::vector<int>{0}));
+  accepted = fit::matrix({{77.0}});
+  EXPECT_EQ(check(fit::matrix({{5.0}}), 1.0), (std::vector<int>{0}));
   EXPECT_EQ(accepted(0, 0), 5.0);
-  EXPECT_EQ(check(fit::matrixOf({{0.0}}), 1.0), (std::vector<int>{}));
+  EXPECT_EQ(check(fit::matrix({{0.0}}), 1.0), (std::vector<int>{}));
   EXPECT_EQ(accepted.NbRow(), 0);
 }
 
 TEST_F(CheckNewPoints, ADistanceOfExactlyTheToleranceRejectsOnlyAsTheLastOne) {
-  EXPECT_EQ(check(fit::matrixOf({{-1.0}}), 1.0), (std::vector<int>{0})); // from the first sample
-  EXPECT_EQ(check(fit::matrixOf({{21.0}}), 1.0), (std::vector<int>{}));  // from the last
+  EXPECT_EQ(check(fit::matrix({{-1.0}}), 1.0), (std::vector<int>{0})); // from the first sample
+  EXPECT_EQ(check(fit::matrix({{21.0}}), 1.0), (std::vector<int>{}));  // from the last
 }
 
 TEST_F(CheckNewPoints, WithoutToleranceOnlyTheLastOfEachKindCounts) {
-  EXPECT_EQ(check(fit::matrixOf({{0.0}, {10.0}}), 0.0), (std::vector<int>{0, 1})); // duplicates
-  EXPECT_EQ(check(fit::matrixOf({{20.0}}), 0.0), (std::vector<int>{}));
-  EXPECT_EQ(check(fit::matrixOf({{5.0}, {6.0}, {5.0}, {5.0}}), 0.0), (std::vector<int>{0, 1, 2}));
+  EXPECT_EQ(check(fit::matrix({{0.0}, {10.0}}), 0.0), (std::vector<int>{0, 1})); // duplicates
+  EXPECT_EQ(check(fit::matrix({{20.0}}), 0.0), (std::vector<int>{}));
+  EXPECT_EQ(check(fit::matrix({{5.0}, {6.0}, {5.0}, {5.0}}), 0.0), (std::vector<int>{0, 1, 2}));
 }
 
 TEST_F(CheckNewPoints, UsesTheCallersIdsAndRefusesNarrowPoints) {
   int own[2] = {-1, -1};
   int* ids = own;
-  C_MatMGe<double> points = fit::matrixOf({{0.0}, {5.0}}), narrow(2, 0);
+  C_MatMGe<double> points = fit::matrix({{0.0}, {5.0}}), narrow(2, 0);
   ASSERT_EQ(model.CheckNewPoints(points, accepted, ids, 1.0), 0);
   EXPECT_EQ(ids, own);
   EXPECT_EQ(own[0], 1);
   EXPECT_EQ(model.CheckNewPoints(narrow, accepted, ids, 1.0), 1);
 }
 
+TEST_F(CheckNewPoints, MeasuresTheModelsVariablesOnly) {
+  EXPECT_EQ(check(fit::matrix({{10.5, 900.0}, {5.0, 0.0}, {5.5, 900.0}}), 1.0),
+            (std::vector<int>{1}));
+  EXPECT_EQ(accepted.NbCol(), 2);
+}
+
 TEST_F(CheckNewPoints, WithoutSamplesTheToleranceItselfDecidesTheFirst) {
   // Nothing to be close to: the starting value, the tolerance, is compared with its square.
   Probe<double> empty;
   empty.PutNumVar(1);
-  C_MatMGe<double> points = fit::matrixOf({{3.0}});
+  C_MatMGe<double> points = fit::matrix({{3.0}});
   for (double toler : {0.5, 2.0}) {
     int* ids = nullptr;
     ASSERT_EQ(empty.CheckNewPoints(points, accepted, ids, toler), 0);

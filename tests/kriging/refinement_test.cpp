@@ -53,12 +53,26 @@ void fitList(KrigingList<T>& list) {
 template <class T>
 class KrigingRefinement : public ::testing::Test {
 protected:
+  /// A fitted list with those test points.
+  void fitAndTestAt(C_MatMGe<T> points) {
+    fitList(list_);
+    ASSERT_EQ(list_.PutInpTestMtx(points, -1), 0);
+  }
+  int evalTest(int wanted) {
+    count_ = wanted;
+    worst_ = -1.0;
+    return list_.EvalTestModel(values_, count_, proposed_, worst_);
+  }
+
   OpenList<T> list_;
+  int count_ = -1;
+  double worst_ = -1.0;
+  C_MatMGe<T> values_;
+  C_MatMGe<T> proposed_;
 };
 TYPED_TEST_SUITE(KrigingRefinement, Scalars);
 
-// ----- test points
-// --------------------------------------------------------------------------------
+// ----- test points -------------------------------------------------------------------------------
 
 TYPED_TEST(KrigingRefinement, TakesTestPointsForOneModelOrAll) {
   auto& list = this->list_;
@@ -71,8 +85,12 @@ TYPED_TEST(KrigingRefinement, TakesTestPointsForOneModelOrAll) {
   EXPECT_EQ(list.PutInpTestMtx(wide, -1), 1);
   EXPECT_EQ(list.PutInpTestMtx(points, 2), 1);
   EXPECT_EQ(list.InpTestMtx.NbRow(), 0);
+  auto const given = [&](int i) { return list.Models[i].*&OpenModel<TypeParam>::InpTestSet; };
   EXPECT_EQ(list.PutInpTestMtx(points, 1), 0);
+  EXPECT_FALSE(given(0));
+  EXPECT_TRUE(given(1));
   EXPECT_EQ(list.PutInpTestMtx(points, -1), 0);
+  EXPECT_TRUE(given(0));
 
   expectEqual(list.InpTestMtx, points);
 }
@@ -128,8 +146,7 @@ TYPED_TEST(KrigingRefinement, TellsCloseTestPoints) {
   EXPECT_TRUE(list.IsCloseToExistingPoint(0, 1, larger));
 }
 
-// ----- the choice
-// ---------------------------------------------------------------------------------
+// ----- the choice --------------------------------------------------------------------------------
 
 namespace {
 
@@ -241,20 +258,14 @@ TYPED_TEST(KrigingSearch, NeedsTheErrorsOfAllModels) {
   EXPECT_EQ(this->list_.searchNewPoints(count, ids, chosen, 0.0), 1) << "nothing was evaluated";
 }
 
-// ----- the whole evaluation
-// -----------------------------------------------------------------------
+// ----- the whole evaluation ----------------------------------------------------------------------
 
 TYPED_TEST(KrigingRefinement, ProposesWhatBruteForceFinds) {
   auto& list = this->list_;
-  fitList(list);
   C_MatMGe<TypeParam> points = grid<TypeParam>(7, 3.0);
-  ASSERT_EQ(list.PutInpTestMtx(points, -1), 0);
-  int count = 6;
-  C_MatMGe<TypeParam> y;
-  C_MatMGe<TypeParam> proposed;
-  double worst = -1.0;
+  this->fitAndTestAt(points);
 
-  ASSERT_EQ(list.EvalTestModel(y, count, proposed, worst), 0);
+  ASSERT_EQ(this->evalTest(6), 0);
 
   std::vector<double> errors(points.NbRow(), 0.0);
   for (int i = 0; i < points.NbRow(); ++i) {
@@ -276,17 +287,17 @@ TYPED_TEST(KrigingRefinement, ProposesWhatBruteForceFinds) {
     }
     expected.push_back(best);
   }
-  ASSERT_EQ(count, 6);
+  ASSERT_EQ(this->count_, 6);
   for (int k = 0; k < 6; ++k) {
     int id = -1;
     EXPECT_EQ(list.GetIdOfNewPoint(k, id), 0);
     EXPECT_EQ(id, expected[k]);
-    EXPECT_EQ(proposed(k, 0), points(expected[k], 0));
-    EXPECT_EQ(proposed(k, 1), points(expected[k], 1));
+    EXPECT_EQ(this->proposed_(k, 0), points(expected[k], 0));
+    EXPECT_EQ(this->proposed_(k, 1), points(expected[k], 1));
   }
-  EXPECT_EQ(worst, errors[expected[0]]);
-  EXPECT_EQ(y.NbRow(), points.NbRow());
-  EXPECT_EQ(y.NbCol(), 3);
+  EXPECT_EQ(this->worst_, errors[expected[0]]);
+  EXPECT_EQ(this->values_.NbRow(), points.NbRow());
+  EXPECT_EQ(this->values_.NbCol(), 3);
   int id = 0;
   EXPECT_EQ(list.GetIdOfNewPoint(6, id), 1);
   EXPECT_EQ(id, -1);
@@ -296,106 +307,76 @@ TYPED_TEST(KrigingRefinement, ProposesWhatBruteForceFinds) {
 }
 
 TYPED_TEST(KrigingRefinement, ProposesNothingWhenNothingIsWanted) {
-  auto& list = this->list_;
-  fitList(list);
-  C_MatMGe<TypeParam> points = grid<TypeParam>(5, 3.0);
-  ASSERT_EQ(list.PutInpTestMtx(points, -1), 0);
-  list.NumNewPoints = 4;
-  int count = 0;
-  C_MatMGe<TypeParam> y;
-  C_MatMGe<TypeParam> proposed;
-  double worst = -1.0;
+  this->fitAndTestAt(grid<TypeParam>(5, 3.0));
+  this->list_.NumNewPoints = 4;
 
-  EXPECT_EQ(list.EvalTestModel(y, count, proposed, worst), 0);
+  EXPECT_EQ(this->evalTest(0), 0);
 
-  EXPECT_EQ(count, 0);
-  EXPECT_EQ(list.NumNewPoints, 0);
-  EXPECT_EQ(y.NbRow(), 25);
-  EXPECT_GT(worst, 0.0);
+  EXPECT_EQ(this->count_, 0);
+  EXPECT_EQ(this->list_.NumNewPoints, 0);
+  EXPECT_EQ(this->values_.NbRow(), 25);
+  EXPECT_GT(this->worst_, 0.0);
 }
 
 TYPED_TEST(KrigingRefinement, ProposesAsManyPointsAsThereAre) {
-  auto& list = this->list_;
-  fitList(list);
   C_MatMGe<TypeParam> points = grid<TypeParam>(3, 3.0); // the samples
   points(4, 0) += TypeParam(0.5);                       // and one that is none
-  ASSERT_EQ(list.PutInpTestMtx(points, -1), 0);
-  int count = 5;
-  C_MatMGe<TypeParam> y;
-  C_MatMGe<TypeParam> proposed;
-  double worst = -1.0;
+  this->fitAndTestAt(points);
 
-  EXPECT_EQ(list.EvalTestModel(y, count, proposed, worst), 0);
+  EXPECT_EQ(this->evalTest(5), 0);
 
-  EXPECT_EQ(count, 1);
+  EXPECT_EQ(this->count_, 1);
   int id = -1;
-  EXPECT_EQ(list.GetIdOfNewPoint(0, id), 0);
+  EXPECT_EQ(this->list_.GetIdOfNewPoint(0, id), 0);
   EXPECT_EQ(id, 4);
 }
 
 TYPED_TEST(KrigingRefinement, ProposesAtMostAHundredPoints) {
-  auto& list = this->list_;
-  fitList(list);
-  C_MatMGe<TypeParam> points = grid<TypeParam>(14, 2.9);
-  ASSERT_EQ(list.PutInpTestMtx(points, -1), 0);
-  C_MatMGe<TypeParam> y;
-  C_MatMGe<TypeParam> proposed;
-  double worst = -1.0;
+  this->fitAndTestAt(grid<TypeParam>(14, 2.9));
 
   for (int wanted : {100, 150, 2147483647}) {
-    int count = wanted;
-    EXPECT_EQ(list.EvalTestModel(y, count, proposed, worst), 0);
-    EXPECT_EQ(count, 100);
-    EXPECT_EQ(proposed.NbRow(), 100);
+    EXPECT_EQ(this->evalTest(wanted), 0);
+    EXPECT_EQ(this->count_, 100);
+    EXPECT_EQ(this->proposed_.NbRow(), 100);
     int id = -1;
-    EXPECT_EQ(list.GetIdOfNewPoint(99, id), 0);
+    EXPECT_EQ(this->list_.GetIdOfNewPoint(99, id), 0);
     EXPECT_GE(id, 0);
   }
 }
 
 TYPED_TEST(KrigingRefinement, NeedsTestPoints) {
-  auto& list = this->list_;
-  fitList(list);
-  int count = 2;
-  C_MatMGe<TypeParam> y;
-  C_MatMGe<TypeParam> proposed;
-  double worst = -1.0;
+  fitList(this->list_);
 
-  EXPECT_EQ(list.EvalTestModel(y, count, proposed, worst), 1);
-  EXPECT_EQ(list.NumNewPoints, 0);
+  EXPECT_EQ(this->evalTest(2), 1);
+  EXPECT_EQ(this->list_.NumNewPoints, 0);
 }
 
 TYPED_TEST(KrigingRefinement, SeesNewSamplesInTheNextRound) {
   auto& list = this->list_;
-  fitList(list);
   C_MatMGe<TypeParam> points = grid<TypeParam>(7, 3.0);
-  ASSERT_EQ(list.PutInpTestMtx(points, -1), 0);
-  C_MatMGe<TypeParam> values;
-  C_MatMGe<TypeParam> proposed;
-  double worst = 0.0;
-  int count = 3;
-  ASSERT_EQ(list.EvalTestModel(values, count, proposed, worst), 0);
-  ASSERT_EQ(count, 3);
-  C_MatMGe<TypeParam> simulated = responses<TypeParam>(proposed, 3);
+  this->fitAndTestAt(points);
+  ASSERT_EQ(this->evalTest(3), 0);
+  ASSERT_EQ(this->count_, 3);
+  C_MatMGe<TypeParam> simulated = responses<TypeParam>(this->proposed_, 3);
 
-  ASSERT_EQ(list.AppendSampData(proposed, simulated), 0);
+  ASSERT_EQ(list.AppendSampData(this->proposed_, simulated), 0);
   ASSERT_EQ(list.Solve(), 0);
-  ASSERT_EQ(list.EvalTestModel(values, count, proposed, worst), 0);
+  ASSERT_EQ(this->evalTest(3), 0);
 
   C_MatMGe<TypeParam> plain;
   ASSERT_EQ(list.EvalModel(points, plain), 0);
   for (int i = 0; i < plain.NbRow(); ++i) {
     for (int j = 0; j < plain.NbCol(); ++j)
-      EXPECT_NEAR(std::abs(values(i, j) - plain(i, j)), 0.0, 1e-9) << "with caches and without";
+      EXPECT_NEAR(std::abs(this->values_(i, j) - plain(i, j)), 0.0, 1e-9)
+          << "with caches and without";
   }
-  for (int k = 0; k < count; ++k) {
+  for (int k = 0; k < this->count_; ++k) {
     for (int model = 0; model < 2; ++model)
-      EXPECT_FALSE(list.GetItemKriging(model)->IsInputPoint(proposed, k));
+      EXPECT_FALSE(list.GetItemKriging(model)->IsInputPoint(this->proposed_, k));
   }
 }
 
-// ----- how many points
-// ----------------------------------------------------------------------------
+// ----- how many points ---------------------------------------------------------------------------
 
 TYPED_TEST(KrigingRefinement, EstimatesHowManyPointsTheTargetTakes) {
   auto& list = this->list_;

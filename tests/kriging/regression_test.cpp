@@ -7,14 +7,13 @@ namespace {
 
 using fit::Complex;
 using fit::Probe;
+using fit::Scalars;
 using fit::Vec;
 
-// ----- scaling
-// ------------------------------------------------------------------------------------
+// ----- scaling -----------------------------------------------------------------------------------
 
 template <class T>
 class KrigingScalingOf : public ::testing::Test {};
-using Scalars = ::testing::Types<double, Complex>;
 TYPED_TEST_SUITE(KrigingScalingOf, Scalars);
 
 TYPED_TEST(KrigingScalingOf, InputsGetMeanZeroAndDeviationOne) {
@@ -60,6 +59,18 @@ TYPED_TEST(KrigingScalingOf, OutputsShareOneFactorAndKeepTheirSigns) {
   EXPECT_EQ(model.InpScaleVec.Dim(), 0);
 }
 
+TEST(KrigingScaling, ComplexOutputsAreMeasuredAtTheIndexThatTheBlasFinds) {
+  // |re| + |im| is 7 for the one and 6 for the other, and the modulus at the first of them is 5.
+  C_MatMGe<Complex> X = fit::randomMatrix<Complex>(4, 1, 1);
+  C_MatMGe<Complex> Y = fit::matrix<Complex>({{{1, 0}}, {{3, 4}}, {{6, 0}}, {{0, 1}}});
+  Probe<Complex> model;
+  fit::load(model, X, Y);
+  model.PutScalingType(E_ScaleOutputs);
+  model.PutPolynomType(E_PolyConst);
+  ASSERT_EQ(model.Solve(), 0);
+  EXPECT_DOUBLE_EQ(model.OutScaleVec[0], 1.0 / 5.0);
+}
+
 TEST(KrigingScaling, OutputsTooSmallOrTooLargeAreLeftAlone) {
   for (double size : {1e-9, 1e31}) {
     C_MatMGe<double> X = fit::randomMatrix<double>(6, 1, 1);
@@ -75,9 +86,9 @@ TEST(KrigingScaling, OutputsTooSmallOrTooLargeAreLeftAlone) {
 
 TEST(KrigingScaling, SampleNeedsAFactorForEachColumn) {
   Probe<double> model;
-  C_MatMGe<double> X = fit::matrixOf({{1.0, 2.0}, {3.0, 4.0}}), out;
-  Vec<double> two = fit::vectorOf({2.0, 10.0}), shift = fit::vectorOf({1.0, -1.0});
-  Vec<double> one = fit::vectorOf({2.0});
+  C_MatMGe<double> X = fit::matrix({{1.0, 2.0}, {3.0, 4.0}}), out;
+  Vec<double> two = fit::vector({2.0, 10.0}), shift = fit::vector({1.0, -1.0});
+  Vec<double> one = fit::vector({2.0});
 
   EXPECT_EQ(model.ScaleSample(X, one, shift, out), 1);
   EXPECT_EQ(model.ScaleSample(X, two, one, out), 1);
@@ -91,9 +102,9 @@ TEST(KrigingScaling, SampleNeedsAFactorForEachColumn) {
 TEST(KrigingScaling, InverseUndoesAndAZeroScaleOnlySubtracts) {
   Probe<double> model;
   model.PutNumSol(2, 2, nullptr);
-  C_MatMGe<double> Y = fit::matrixOf({{7.0, 5.0}, {9.0, 6.0}}), wrong(2, 3);
-  Vec<double> scale = fit::vectorOf({2.0, 0.0}), shift = fit::vectorOf({1.0, 4.0});
-  Vec<double> three = fit::vectorOf({1.0, 1.0, 1.0});
+  C_MatMGe<double> Y = fit::matrix({{7.0, 5.0}, {9.0, 6.0}}), wrong(2, 3);
+  Vec<double> scale = fit::vector({2.0, 0.0}), shift = fit::vector({1.0, 4.0});
+  Vec<double> three = fit::vector({1.0, 1.0, 1.0});
 
   EXPECT_EQ(model.InvScaleSample(wrong, scale, shift), 1);
   EXPECT_EQ(model.InvScaleSample(Y, three, shift), 1);
@@ -104,11 +115,24 @@ TEST(KrigingScaling, InverseUndoesAndAZeroScaleOnlySubtracts) {
   EXPECT_EQ(Y(1, 1), 2.0);
 }
 
+TEST(KrigingScaling, InverseKnowsTheOutputsOnlyAndNoScaleBelowItsLevel) {
+  Probe<double> model;
+  model.PutNumSol(2, 2, nullptr);
+  C_MatMGe<double> Y = fit::matrix({{7.0, 5.0, 3.0}});
+  Vec<double> scale = fit::vector({1e-31, 2e-31, 2.0}), shift = fit::vector({1.0, 1.0, 1.0});
+
+  ASSERT_EQ(model.InvScaleSample(Y, scale, shift), 0);
+
+  EXPECT_EQ(Y(0, 0), 6.0); // 1e-31 is not above the level
+  EXPECT_DOUBLE_EQ(Y(0, 1), 4.0 / 2e-31);
+  EXPECT_EQ(Y(0, 2), 3.0); // behind the two outputs
+}
+
 TEST(KrigingScaling, InverseReadsNoColumnThatIsNotThere) {
   Probe<double> model;
   model.PutNumSol(3, 3, nullptr);
-  C_MatMGe<double> Y = fit::matrixOf({{7.0, 5.0}});
-  Vec<double> two = fit::vectorOf({1.0, 1.0});
+  C_MatMGe<double> Y = fit::matrix({{7.0, 5.0}});
+  Vec<double> two = fit::vector({1.0, 1.0});
 
   EXPECT_EQ(model.InvScaleSample(Y, two, two), 1);
 }
@@ -169,15 +193,14 @@ TEST(KrigingScaling, VarianceNeedsAsManyRowsAsColumns) {
 
 TEST(KrigingScaling, VarianceIsNotCentredBeforeSquaring) {
   // Around 1e9 with spread 1 the squares have lost the spread: that is the formula's behaviour.
-  C_MatMGe<double> X = fit::matrixOf({{1e9}, {1e9 + 1.0}});
+  C_MatMGe<double> X = fit::matrix({{1e9}, {1e9 + 1.0}});
   Probe<double> model;
   Vec<double> variances;
   ASSERT_EQ(model.DiagOfCovarMtx(X, variances), 0);
   EXPECT_NE(variances[0], 0.5);
 }
 
-// ----- trend
-// --------------------------------------------------------------------------------------
+// ----- trend -------------------------------------------------------------------------------------
 
 class KrigingTrend : public ::testing::Test {
 protected:
@@ -197,34 +220,24 @@ protected:
   int terms = -1;
 };
 
-TEST_F(KrigingTrend, FullQuadraticHasItsTermsInOrder) {
+TEST_F(KrigingTrend, QuadraticsHaveTheirTermsInOrder) {
   C_MatMGe<double> X = fit::randomMatrix<double>(8, 2, 1);
-  prepare(X, E_PolyFullQuad);
+  for (int const trend : {E_PolyPureQuad, E_PolyFullQuad}) {
+    prepare(X, trend);
+    terms = -1;
 
-  ASSERT_EQ(model.EvalQuadPolynomMtx(X, terms, F, 0), 0);
+    ASSERT_EQ(model.EvalQuadPolynomMtx(X, terms, F, 0), 0);
 
-  ASSERT_EQ(terms, 6);
-  ASSERT_EQ(F.NbCol(), 6);
-  for (int i = 0; i < 8; ++i) {
-    const double x0 = X(i, 0), x1 = X(i, 1);
-    const double expected[] = {1.0, x0, x1, x0 * x0, x1 * x0, x1 * x1};
-    for (int j = 0; j < 6; ++j)
-      EXPECT_EQ(F(i, j), expected[j]);
-  }
-}
-
-TEST_F(KrigingTrend, PureQuadraticHasNoMixedTerms) {
-  C_MatMGe<double> X = fit::randomMatrix<double>(8, 2, 1);
-  prepare(X, E_PolyPureQuad);
-
-  ASSERT_EQ(model.EvalQuadPolynomMtx(X, terms, F, 0), 0);
-
-  ASSERT_EQ(terms, 5);
-  for (int i = 0; i < 8; ++i) {
-    const double x0 = X(i, 0), x1 = X(i, 1);
-    const double expected[] = {1.0, x0, x1, x0 * x0, x1 * x1};
-    for (int j = 0; j < 5; ++j)
-      EXPECT_EQ(F(i, j), expected[j]);
+    for (int i = 0; i < 8; ++i) {
+      const double x0 = X(i, 0), x1 = X(i, 1);
+      const std::vector<double> pure = {1.0, x0, x1, x0 * x0, x1 * x1};
+      const std::vector<double> full = {1.0, x0, x1, x0 * x0, x1 * x0, x1 * x1};
+      const std::vector<double>& expected = trend == E_PolyPureQuad ? pure : full;
+      ASSERT_EQ(terms, static_cast<int>(expected.size()));
+      ASSERT_EQ(F.NbCol(), terms);
+      for (int j = 0; j < terms; ++j)
+        EXPECT_EQ(F(i, j), expected[j]);
+    }
   }
 }
 
@@ -298,7 +311,7 @@ TEST_F(KrigingTrend, UnknownTypesAreRefused) {
 }
 
 TEST_F(KrigingTrend, IsReducedToWhatTheSamplesCarryAndRemembersIt) {
-  C_MatMGe<double> X = fit::matrixOf({{0.0, 0.0}, {1.0, 0.0}, {0.0, 1.0}});
+  C_MatMGe<double> X = fit::matrix({{0.0, 0.0}, {1.0, 0.0}, {0.0, 1.0}});
   prepare(X, E_PolyFullQuad); // 6, then 5 terms are too many for 3 samples
 
   ASSERT_EQ(model.EvalQuadPolynomMtx(X, terms, F, 0), 0);
@@ -308,7 +321,7 @@ TEST_F(KrigingTrend, IsReducedToWhatTheSamplesCarryAndRemembersIt) {
 }
 
 TEST_F(KrigingTrend, CollinearSamplesFallToTheConstantWhichIsNotRemembered) {
-  C_MatMGe<double> X = fit::matrixOf({{0.0, 0.0}, {1.0, 1.0}, {2.0, 2.0}});
+  C_MatMGe<double> X = fit::matrix({{0.0, 0.0}, {1.0, 1.0}, {2.0, 2.0}});
   prepare(X, E_PolyFullQuad);
 
   ASSERT_EQ(model.EvalQuadPolynomMtx(X, terms, F, 0), 0);

@@ -115,8 +115,11 @@ TYPED_TEST(KrigingSamples, OfOutputsWithoutGroupsLeaveTheFlagAsItWas) {
   model.NumSol = 1; // no PutNumSol, so no groups: the ranges cannot be collected
   C_MatMGe<TypeParam> y = pattern<TypeParam>(2, 1, 0.2);
 
-  EXPECT_EQ(model.PutOutSampMtx(y), 1);
-  EXPECT_FALSE(model.OutSampSet);
+  for (bool const before : {false, true}) {
+    model.OutSampSet = before;
+    EXPECT_EQ(model.PutOutSampMtx(y), 1);
+    EXPECT_EQ(model.OutSampSet, before);
+  }
 }
 
 TYPED_TEST(KrigingSamples, OfOutputsOfNoSamplesHaveNoRanges) {
@@ -136,8 +139,7 @@ TYPED_TEST(KrigingSamples, ViewsOfLargerMatricesAreCopiedByTheirRows) {
   expectEqual(this->model_.InpSampMtx, view);
 }
 
-// ----- ranges
-// -------------------------------------------------------------------------------------
+// ----- ranges ------------------------------------------------------------------------------------
 
 TYPED_TEST(KrigingSamples, RangeOverMagnitudes) {
   this->withSamples();
@@ -177,8 +179,7 @@ TYPED_TEST(KrigingSamples, RangeByGroups) {
   EXPECT_EQ(values(ranges), (Range{2, 5})) << "the norm of 3 and 4 is 5";
 }
 
-// ----- appending
-// ----------------------------------------------------------------------------------
+// ----- appending ---------------------------------------------------------------------------------
 
 TYPED_TEST(KrigingSamples, AreAppendedBelow) {
   auto& model = this->model_;
@@ -299,8 +300,7 @@ TYPED_TEST(KrigingSamples, AreNotAppendedToSamplesThatDoNotFitTheModel) {
   EXPECT_EQ(model.OutSampMtx.NbRow(), 3);
 }
 
-// ----- test points
-// --------------------------------------------------------------------------------
+// ----- test points -------------------------------------------------------------------------------
 
 TYPED_TEST(KrigingSamples, OfTestsLeaveTheCachesAsTheyAre) {
   auto& model = this->model_;

@@ -4,11 +4,13 @@
 #include "kriging/fitSupport.h"
 
 #include "kriging/KrigingWorkspace.h"
+#include "kriging/Listener.h"
 
 namespace {
 
 using fit::Complex;
 using fit::Probe;
+using fit::Scalars;
 using fit::Vec;
 
 using Point = std::vector<double>;
@@ -107,7 +109,6 @@ double criterionAt(C_MatMGe<T>& X, C_MatMGe<T>& Y, const Point& theta) {
 
 template <class T>
 class KernSearchOf : public ::testing::Test {};
-using Scalars = ::testing::Types<double, Complex>;
 TYPED_TEST_SUITE(KernSearchOf, Scalars);
 
 TYPED_TEST(KernSearchOf, TakesTheStepsOfTheLiteralSearch) {
@@ -129,8 +130,12 @@ TYPED_TEST(KernSearchOf, TakesTheStepsOfTheLiteralSearch) {
       literal.high.push_back(20.0 * start[i]);
     }
 
+    kriging_test::Listener listener;
     ASSERT_EQ(model.Solve(), 0);
+    const int fits = listener.kernelLines();
     literal.run();
+
+    EXPECT_EQ(fits, literal.evaluations + 1) << "the trials, and the fit at the best";
 
     for (int i = 0; i < n; ++i)
       EXPECT_NEAR(model.KernVec[i], literal.theta[i], 1e-12 * literal.theta[i]) << "n = " << n;
@@ -176,7 +181,9 @@ TEST_F(KernSearch, EqualBoundsEndAtTheBound) {
   fit::setKernel(model, {0.5, 0.6, 0.7});
   model.PutLowerKernelMultiplierBound(3.0);
   model.PutUpperKernelMultiplierBound(3.0);
+  kriging_test::Listener listener;
   ASSERT_EQ(model.Solve(), 0);
+  EXPECT_EQ(listener.kernelLines(), 2); // the start alone, and the fit there
   EXPECT_DOUBLE_EQ(model.KernVec[0], 1.5);
   EXPECT_DOUBLE_EQ(model.KernVec[1], 3.0 * 0.6);
   EXPECT_DOUBLE_EQ(model.KernVec[2], 3.0 * 0.7);
@@ -281,13 +288,9 @@ TEST_F(KernSearch, MultiquadricSearchComesToAnEnd) {
 }
 
 TEST_F(KernSearch, StepFactorsShiftTowardsTheLast) {
-  class Shifter : public Kriging<double> {
-  public:
-    using Kriging<double>::KernSearchRotate;
-  } shifter;
   Zarel::KernSearch search;
-  search.factors = fit::vectorOf({1.0, 2.0, 3.0});
-  shifter.KernSearchRotate(search);
+  search.factors = fit::vector({1.0, 2.0, 3.0});
+  model.KernSearchRotate(search);
   EXPECT_EQ(search.factors[0], 3.0);
   EXPECT_EQ(search.factors[1], 1.0);
   EXPECT_EQ(search.factors[2], 2.0);

@@ -15,10 +15,10 @@ protected:
 };
 TYPED_TEST_SUITE(KrigingModel, Scalars);
 
-TYPED_TEST(KrigingModel, StartsWithTheDefaultOfEveryField) {
-  auto& model = this->model_;
+namespace {
 
-  EXPECT_STREQ(model.Version(), "1.0");
+template <class T>
+void expectDefaults(OpenModel<T>& model) {
   EXPECT_EQ(model.Status, 0);
   EXPECT_FALSE(model.stopped());
   EXPECT_EQ(model.NumSamp, 0);
@@ -27,7 +27,6 @@ TYPED_TEST(KrigingModel, StartsWithTheDefaultOfEveryField) {
   EXPECT_EQ(model.NumGlobalSol, 0);
   EXPECT_EQ(model.VecGlobalSol, nullptr);
   EXPECT_EQ(model.NumKern, 0);
-  EXPECT_EQ(model.KernVec.Dim(), 0);
   EXPECT_EQ(model.KernOptType, 0);
   EXPECT_EQ(model.SolnType, 0);
   EXPECT_EQ(model.CorrFuncType, 2);
@@ -56,6 +55,40 @@ TYPED_TEST(KrigingModel, StartsWithTheDefaultOfEveryField) {
   EXPECT_TRUE(model.TestPolyStale);
 }
 
+/// Gives every field that has a default another value.
+template <class T>
+void leaveDefaults(OpenModel<T>& model) {
+  model.Status = E_KrigingStatusSolved;
+  model.StopRequested = 1;
+  model.NumSamp = model.NumVar = model.NumSol = model.NumGlobalSol = model.NumKern = 7;
+  model.VecGlobalSol.reset(new int[7]());
+  model.KernOptType = model.SolnType = model.CorrFuncType = model.PolynomType = 9;
+  model.KernVarType = model.ScalingType = 9;
+  model.KernStartPending = 0;
+  model.KernRecentre = model.InpSampSet = model.OutSampSet = model.InpTestSet = true;
+  model.SolveRequired = model.TestCorrStale = model.TestPolyStale = false;
+  model.DropToler = model.Spare1 = model.NuggetFactor = model.InputPointToler = 0.5;
+  model.Spare2 = model.LowerKernelMultiplierBound = model.UpperKernelMultiplierBound = 0.5;
+  model.NumSolves = model.SolveStep = 9;
+  model.RegrFactorIsTri = model.KeepPredictorError = model.RescaleOnSolve = true;
+}
+
+} // namespace
+
+TYPED_TEST(KrigingModel, StartsWithTheDefaultOfEveryField) {
+  expectDefaults(this->model_);
+  EXPECT_STREQ(this->model_.Version(), "1.0");
+  EXPECT_EQ(this->model_.KernVec.Dim(), 0);
+}
+
+TYPED_TEST(KrigingModel, GetsTheDefaultOfEveryFieldBack) {
+  leaveDefaults(this->model_);
+
+  this->model_.InitKriging();
+
+  expectDefaults(this->model_);
+}
+
 TYPED_TEST(KrigingModel, KeepsItsFactorsAsLowerTriangles) {
   EXPECT_NE(this->model_.InvCholFactor.GetSide(), 0);
   EXPECT_NE(this->model_.RegrFactor.GetSide(), 0);
@@ -66,33 +99,18 @@ TYPED_TEST(KrigingModel, KeepsItsFactorsAsLowerTriangles) {
   EXPECT_NE(this->model_.RegrFactor.GetSide(), 0);
 }
 
-TYPED_TEST(KrigingModel, RestoresDefaultsButKeepsMatricesAndVectors) {
+TYPED_TEST(KrigingModel, KeepsMatricesAndVectorsWhenItIsInitialisedAgain) {
   auto& model = this->model_;
   makeSolved(model, 5, 2, 3, E_ScaleBoth, E_PolyConst, E_KernAnisotropic);
-  model.PutDropToler(0.25);
-  model.PutLowerKernelMultiplierBound(0.5);
-  model.PutUpperKernelMultiplierBound(3.0);
-  model.PutCorrFuncType(E_CorrCubic);
-  model.SetStep(4);
-  model.Stop();
 
   model.InitKriging();
 
-  EXPECT_EQ(model.Status, E_KrigingStatusInit);
-  EXPECT_FALSE(model.stopped());
   EXPECT_EQ(model.InpSampMtx.NbRow(), 5);
   EXPECT_EQ(model.OutSampMtx.NbCol(), 3);
   EXPECT_EQ(model.KernVec.Dim(), 2);
+  EXPECT_EQ(model.InpScaleVec.Dim(), 2);
   EXPECT_EQ(model.PolyCoeff.NbRow(), 1);
-  EXPECT_FALSE(model.InpSampSet);
-  EXPECT_FALSE(model.OutSampSet);
-  EXPECT_EQ(model.NumGlobalSol, 0);
-  EXPECT_EQ(model.VecGlobalSol, nullptr);
-  EXPECT_EQ(model.DropToler, 1e-8);
-  EXPECT_EQ(model.LowerKernelMultiplierBound, 0.01);
-  EXPECT_EQ(model.UpperKernelMultiplierBound, 20.0);
-  EXPECT_EQ(model.CorrFuncType, E_CorrGauss);
-  EXPECT_EQ(model.SolveStep, 1);
+  EXPECT_EQ(model.CorrCoeff.NbRow(), 5);
   EXPECT_EQ(model.CheckInputState(), E_KrigingStatusIncomplete);
 }
 
@@ -114,8 +132,7 @@ TYPED_TEST(KrigingModel, IsReadyOnlyWithBothSamplesAndAllSizes) {
   }
 }
 
-// ----- sizes
-// --------------------------------------------------------------------------------------
+// ----- sizes -------------------------------------------------------------------------------------
 
 TYPED_TEST(KrigingModel, RefusesSizesBelowOneAlsoWhenTheyEqualTheStoredOnes) {
   EXPECT_EQ(this->model_.PutNumVar(0), 1);
@@ -284,8 +301,7 @@ TEST(KrigingModelSizes, OptimalSamplesOfManyVariablesDoNotOverflow) {
   EXPECT_EQ(samples, std::numeric_limits<int>::max());
 }
 
-// ----- options
-// ------------------------------------------------------------------------------------
+// ----- options -----------------------------------------------------------------------------------
 
 namespace {
 
@@ -467,9 +483,14 @@ TYPED_TEST(KrigingModel, SetsTheNumberOfMultipliersBeforeItRefusesAKernel) {
   ASSERT_EQ(model.NumKern, 0);
   RealVec three = vector<double>({1.0, 2.0, 3.0});
 
+  model.Status = E_KrigingStatusSolved;
+  model.clearStale();
+
   EXPECT_EQ(model.PutKernVec(three), 1);
 
   EXPECT_EQ(model.NumKern, 1);
+  EXPECT_EQ(model.Status, E_KrigingStatusSolved);
+  EXPECT_FALSE(model.TestCorrStale);
   EXPECT_EQ(model.KernVec.Dim(), 0);
   EXPECT_EQ(model.KernStartPending, 1);
 }
@@ -510,8 +531,7 @@ TYPED_TEST(KrigingModel, CopiesOutWhatItHolds) {
   EXPECT_EQ(count, 3);
 }
 
-// ----- stopping and clearing
-// ----------------------------------------------------------------------
+// ----- stopping and clearing ---------------------------------------------------------------------
 
 TYPED_TEST(KrigingModel, StaysStoppedUntilItIsInitialised) {
   std::thread other([this] { this->model_.Stop(); });
