@@ -6,6 +6,7 @@
 #define ZAREL_C_PTRONFILE_H
 
 #include <cstdio>
+#include <type_traits>
 
 #include <zarel/C_Ptr.h>
 #include <zarel/C_VecPi.h>
@@ -181,11 +182,15 @@ public:
   /** Returns the index of the first value in the window. */
   I WindowStart() const { return windowStart_; }
   /** Returns the index after the last value in the window. */
-  I WindowEnd() const { return windowEnd_; }
+  I WindowEnd() const { return windowStart_ + static_cast<I>(windowLength_); }
 
 private:
+  using Place = std::make_unsigned_t<I>;
+
+  /** One test finds out both sides: what lies before the window is a large number behind it. */
   T* at(I i) {
-    return i >= windowStart_ && i < windowEnd_ ? buffer_ + (i - windowStart_) : moveWindow(i);
+    const Place place = static_cast<Place>(i) - static_cast<Place>(windowStart_);
+    return place < windowLength_ ? buffer_ + place : moveWindow(i);
   }
   T* moveWindow(I i);
   T* lateBuffer();
@@ -202,7 +207,7 @@ private:
   I count_ = 0;
   I bufferSize_ = 0;
   I windowStart_ = 0;
-  I windowEnd_ = 0;
+  Place windowLength_ = 0;
   T* buffer_ = nullptr;
   I room_ = 0;
 };

@@ -191,7 +191,7 @@ T* C_PtrOnFile<T, I>::lateBuffer() {
 template <class T, class I>
 void C_PtrOnFile<T, I>::setWindow(I first, I count) {
   windowStart_ = first;
-  windowEnd_ = first + count;
+  windowLength_ = static_cast<Place>(count);
 }
 
 /** The length of a full window; single values where there is no buffer. */
