@@ -190,11 +190,11 @@ public:
   virtual I IMin(I first, I last);
   /** As IMin for the largest modulus; an empty range is told before anything else is tested. */
   virtual I IMax(I first, I last);
-  /** Sends dimension and values to a process. Throws 2880 above 2147483647 values. */
+  /** Sends dimension and values to a process (C_Vec_Send). Throws 2880 above 2147483647 values. */
   virtual int Send(int handle, int destination);
-  /** Receives dimension and values from a process. Throws 2880. */
+  /** Takes dimension and values that a process sends (C_Vec_Recv). Throws 2880. */
   virtual int Recv(int handle, int source);
-  /** Takes dimension and values of the process `root`. */
+  /** Takes dimension and values of the process `root` (C_Vec_Bcast). Throws 2880. */
   virtual int Bcast(int root);
 
   /** Becomes a copy of `source`. */
@@ -227,31 +227,22 @@ protected:
 };
 
 /**
- * How vectors travel between processes. One run of one process needs none of this: unset, the
- * transfers do nothing and return 0. The layer that brings processes installs its functions.
+ * @name Vectors between processes
+ * What C_Vec::Send, Recv and Bcast do. A vector travels through the installed C_Communicator as two
+ * messages: its dimension, one word as wide as `I`, and its values. Without a communicator nothing
+ * is done, as in a run of one process. All return 0.
+ *
+ * Failures: 2880 above 2147483647 values; the sender of Bcast throws it together with the
+ * receivers, behind the first message. 2 for a negative dimension on arrival, and what Resize
+ * throws, 2870 for a view that cannot grow among it. @{
  */
 template <class T, class I>
-struct C_VecTransfer {
-  int (*send)(C_Vec<T, I>* v, int handle, int destination) = nullptr;
-  int (*recv)(C_Vec<T, I>* v, int handle, int source) = nullptr;
-  int (*bcast)(C_Vec<T, I>& v, int root) = nullptr;
-};
-
-namespace Zarel {
-/** Installs the transfers of a scalar and an index; call it before any transfer. */
-template <class T, class I>
-ZAREL_API void setVecTransfer(const C_VecTransfer<T, I>& transfer);
-} // namespace Zarel
-
-/** What C_Vec::Send does. */
-template <class T, class I>
 ZAREL_API int C_Vec_Send(C_Vec<T, I>* v, int handle, int destination);
-/** What C_Vec::Recv does. */
 template <class T, class I>
 ZAREL_API int C_Vec_Recv(C_Vec<T, I>* v, int handle, int source);
-/** What C_Vec::Bcast does. */
 template <class T, class I>
 ZAREL_API int C_Vec_Bcast(C_Vec<T, I>& v, int root);
+/** @} */
 
 /// @cond
 extern template class C_BaseVec<int>;

@@ -265,27 +265,6 @@ TYPED_TEST(Vec, OneProcessTransfersNothing) {
   EXPECT_EQ(v.Sum(0, -1), scalar<T>(6));
 }
 
-TYPED_TEST(Vec, InstalledTransfersAreUsed) {
-  ZAREL_TYPES;
-  static int calls;
-  calls = 0;
-  C_VecTransfer<T, I> transfer;
-  transfer.send = [](C_Vec<T, I>*, int handle, int to) { return calls += handle + to; };
-  transfer.recv = [](C_Vec<T, I>*, int handle, int from) { return calls += handle * from; };
-  transfer.bcast = [](C_Vec<T, I>& v, int root) {
-    return calls += root + static_cast<int>(v.Dim());
-  };
-  Zarel::setVecTransfer(transfer);
-  V v(2);
-
-  EXPECT_EQ(v.Send(10, 5), 15);
-  EXPECT_EQ(v.Recv(10, 5), 65);
-  EXPECT_EQ(v.Bcast(100), 167);
-
-  Zarel::setVecTransfer(C_VecTransfer<T, I>());
-  EXPECT_EQ(v.Send(10, 5), 0);
-}
-
 TEST(VecSend, RefusesWhatAnIntCannotCount) {
   double block[1] = {};
   C_VecPi<double, __int64, C_PtrInCore<double, __int64>> v(2147483648LL, block);
