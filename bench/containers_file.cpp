@@ -20,7 +20,8 @@ struct Data {
     std::vector<double> values(kLength);
     std::iota(values.begin(), values.end(), 0.0);
     const std::size_t bytes = kLength * sizeof(double);
-    if (pwrite(fileno(stream), values.data(), bytes, 0) != static_cast<ssize_t>(bytes)) std::abort();
+    if (pwrite(fileno(stream), values.data(), bytes, 0) != static_cast<ssize_t>(bytes))
+      std::abort();
     x.Attach(kLength, stream, kWindow);
   }
   ~Data() { std::fclose(stream); }

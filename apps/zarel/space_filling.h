@@ -22,7 +22,8 @@ constexpr int mostPoints = 10000;
 /**
  * Chooses `count` points of coded values that lie far from each other and from those of `present`.
  * @param levels 0 for any value between -1 and 1; 2 or more for that many evenly spaced ones. The
- *               points are then different from each other and from `present`; there must be as many.
+ *               points are then different from each other and from `present`; there must be as
+ * many.
  * @param seed   not 0
  */
 Points spacedPoints(int count, int factors, int levels, const Points& present, unsigned seed);

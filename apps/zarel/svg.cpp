@@ -96,9 +96,9 @@ std::string chartStyle() {
 }
 
 std::string inlineSvg(const Chart& chart, const std::string& title) {
-  return "<svg viewBox=\"0 0 " + svg::px(chart.width) + ' ' + svg::px(chart.height) + "\" width=\"" +
-         svg::px(chart.width) + "\" role=\"img\" aria-label=\"" + xmlText(title) + "\">\n" + chart.body +
-         "</svg>\n";
+  return "<svg viewBox=\"0 0 " + svg::px(chart.width) + ' ' + svg::px(chart.height) +
+         "\" width=\"" + svg::px(chart.width) + "\" role=\"img\" aria-label=\"" + xmlText(title) +
+         "\">\n" + chart.body + "</svg>\n";
 }
 
 std::string svgFile(const std::vector<std::vector<Chart>>& rows, const std::string& title) {
@@ -108,7 +108,8 @@ std::string svgFile(const std::vector<std::vector<Chart>>& rows, const std::stri
   for (const auto& row : rows) {
     double x = margin, height = 0;
     for (const Chart& chart : row) {
-      body += "<g transform=\"translate(" + svg::px(x) + ' ' + svg::px(y) + ")\">\n" + chart.body + "</g>\n";
+      body += "<g transform=\"translate(" + svg::px(x) + ' ' + svg::px(y) + ")\">\n" + chart.body +
+              "</g>\n";
       x += chart.width + gap;
       height = std::max(height, chart.height);
     }

@@ -168,9 +168,8 @@ TEST_F(Doe, FormerFilesOutliveAFileSizeLimit) {
     setrlimit(RLIMIT_FSIZE, &limit);
   };
 
-  const Outcome run = doe({"--factors", "2", "--points", "200", "-o", points, "--svg", picture,
-                           "--force"},
-                          limited);
+  const Outcome run = doe(
+      {"--factors", "2", "--points", "200", "-o", points, "--svg", picture, "--force"}, limited);
 
   EXPECT_EQ(run.code, 4) << run.err;
   EXPECT_EQ(read("d.csv") + read("d.svg"), "minemine");

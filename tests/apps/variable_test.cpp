@@ -27,7 +27,9 @@ TEST(Variable, WhatIsNoneIsRefused) {
 
 TEST(Variable, NamesStandOnce) {
   EXPECT_EQ(parseVariables({"a=0:1", "b=0:2"}).size(), 2u);
-  EXPECT_THAT(failureOf([] { parseVariables({"a=0:1", "a=0:2"}); }).text(),
+  EXPECT_THAT(failureOf([] {
+                parseVariables({"a=0:1", "a=0:2"});
+              }).text(),
               HasSubstr("stands twice"));
   EXPECT_THAT(failureOf([] { parseVariables({}); }).text(), HasSubstr("missing"));
 }

@@ -170,8 +170,8 @@ int pointsToDraw(const Choice& choice, const Design& design, const Gathering& ga
   if (static_cast<double>(choice.points) <= free) return static_cast<int>(choice.points);
   const std::string what =
       design.levels == 2 ? counted(all, "corner", "corners") : counted(all, "point", "points");
-  failUsage(std::to_string(design.levels) + " levels of " +
-                counted(factors, "factor", "factors") + " have " + what +
+  failUsage(std::to_string(design.levels) + " levels of " + counted(factors, "factor", "factors") +
+                " have " + what +
                 (free < all ? ", of which " + numberText(free) + " are free; " : "; ") +
                 std::to_string(choice.points) + " different points do not fit",
             "ask for fewer --points or more --levels");

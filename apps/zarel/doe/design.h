@@ -40,7 +40,7 @@ struct Design {
   Points coded;
   Points values;
   std::vector<Origin> origins;
-  Points away; ///< coded
+  Points away;              ///< coded
   std::size_t repeated = 0; ///< given points that stood twice and were left out
   std::size_t outside = 0;  ///< kept points outside the bounds
 

@@ -20,8 +20,7 @@ void addOptions(CLI::App& command, Choice& choice) {
   addInteger(command, "--factors", choice.factors,
              "Number of factors, called x1, x2, ... with values from -1 to 1", 1, mostFactors)
       ->default_str("");
-  command
-      .add_option("--input", choice.inputs, "A factor with its bounds; once for each factor")
+  command.add_option("--input", choice.inputs, "A factor with its bounds; once for each factor")
       ->type_name("NAME=LOW:HIGH");
   command.add_option("--bounds", choice.bounds, "File with a factor and its bounds a line")
       ->type_name("FILE")

@@ -91,8 +91,7 @@ private:
     const auto count = [](std::size_t n, const char* what) {
       return std::to_string(n) + ' ' + what + (n == 1 ? "" : "s");
     };
-    std::string words =
-        count(design_.coded.size(), "point") + " of " + count(factors_, "factor");
+    std::string words = count(design_.coded.size(), "point") + " of " + count(factors_, "factor");
     if (design_.levels > 0) words += " at " + std::to_string(design_.levels) + " levels";
     return words;
   }
@@ -129,8 +128,7 @@ private:
     for (double tick : frame.xAxis.ticks)
       out += line(frame.x(tick), edge, frame.x(tick), edge + 4, "axis");
     if (cell_ < 60) return out;
-    return out +
-           text(frame.left - 4, edge + 17, "tick", roundedText(frame.xAxis.low, 4)) +
+    return out + text(frame.left - 4, edge + 17, "tick", roundedText(frame.xAxis.low, 4)) +
            text(frame.right() + 4, edge + 17, "tick end", roundedText(frame.xAxis.high, 4));
   }
 
@@ -196,8 +194,9 @@ void checkSize(const Design& design) {
   const double pairs = 0.5 * static_cast<double>(factors * (factors - 1));
   const double dots = pairs * static_cast<double>(design.coded.size() + design.away.size());
   if (dots > mostDots)
-    throw Failure(ExitCode::usage, "a picture of so many points would hold " + numberText(dots) +
-                                       " dots", "leave --svg out, or draw fewer points");
+    throw Failure(ExitCode::usage,
+                  "a picture of so many points would hold " + numberText(dots) + " dots",
+                  "leave --svg out, or draw fewer points");
 }
 
 } // namespace
