@@ -81,7 +81,7 @@ template <class T>
 T fromReal(double value) {
   if constexpr (std::is_integral_v<T>) {
     const double limit = std::ldexp(1.0, 8 * static_cast<int>(sizeof(T)) - 1);
-    return value > -limit && value < limit ? static_cast<T>(value) : T(0);
+    return std::trunc(value) >= -limit && value < limit ? static_cast<T>(value) : T(0);
   } else if constexpr (IsComplex<T>::value) {
     return T(static_cast<typename T::value_type>(value));
   } else {

@@ -231,6 +231,9 @@ TEST(RandNum, IntegersAreTheTruncatedLowerBound) {
   EXPECT_EQ(generator.GetRandNum<short>(50, shorts.data()), 0);
 
   EXPECT_EQ(ints, std::vector<int>(50, 3));
+  generator.SetRangeValue(-2147483648.5, 9);
+  EXPECT_EQ(generator.GetRandNum<int>(50, ints.data()), 0);
+  EXPECT_EQ(ints, std::vector<int>(50, -2147483647 - 1)) << "the lowest there is";
   EXPECT_EQ(shorts, std::vector<short>(50, -2));
 }
 
