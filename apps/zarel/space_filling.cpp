@@ -17,8 +17,9 @@ namespace {
 constexpr double infinity = std::numeric_limits<double>::infinity();
 /// Points of one block of a large draw.
 constexpr int blockSize = 2000;
-/// Draws without a new point after which the levels are counted through instead.
-constexpr int barrenDraws = 3;
+/// Draws of which most points were there already, after which the levels are counted through
+/// instead: nearly all of them are taken then.
+constexpr int poorDraws = 3;
 
 struct Free {
   void operator()(MAT* m) const { m_free(m); }
@@ -102,13 +103,13 @@ void append(Points& to, const Points& from) {
 
 Points pointsOnLevels(Space& space, int count, unsigned seed) {
   Points points;
-  for (int barren = 0; static_cast<int>(points.size()) < count && barren < barrenDraws;) {
-    const Points added = space.addOnLevels(count - static_cast<int>(points.size()), seed);
-    seed = std::max(seed + 1, 1u);
-    barren = added.empty() ? barren + 1 : 0;
+  const auto missing = [&] { return count - static_cast<int>(points.size()); };
+  for (int poor = 0; missing() > 0 && poor < poorDraws; seed = std::max(seed + 1, 1u)) {
+    const Points added = space.addOnLevels(missing(), seed);
+    if (2 * static_cast<int>(added.size()) < missing()) ++poor;
     append(points, added);
   }
-  append(points, space.addFree(count - static_cast<int>(points.size())));
+  append(points, space.addFree(missing()));
   return points;
 }
 
