@@ -356,29 +356,49 @@ public:
    * @name Files
    * docs/formats/vectorsets.md has the bytes. @{
    */
-  /** Writes the set in the portable form. Returns 0. Throws 22. */
+  /** Writes the set in the portable form. Returns 0. Throws 22, 11. */
   int Write(FILE* file) override;
-  /** Writes the set in the portable or the raw form. Returns 0. Throws 22, 35. */
+  /** Writes the set in the portable or the raw form. Returns 0. Throws 22, 35, 11. */
   int Write(FILE* file, bool portable);
-  /** Writes the set in the raw form. Returns 0. Throws 22, 35. */
+  /** Writes the set in the raw form. Returns 0. Throws 22, 35, 11. */
   int Dump(FILE* file);
-  /** Writes the set by rows. Returns 0. Throws 22, 35. */
+  /**
+   * Writes the set by rows. A set of more than 8 MiB goes out in another, lossy form, which the
+   * page on files tells; one of 2 GiB or more is refused (22, or 35 raw) before anything is
+   * written. Returns 0. Throws 22, 35, 11, 1.
+   */
   int WriteT(FILE* file, bool portable);
-  /** Reads a set in the portable form into memory. Returns 0. Throws 21. */
+  /** Reads a set in the portable form into memory, or, when it does not fit there, adopts it
+   * file-resident. Returns 0. Throws 21. */
   int Read(FILE* file) override;
   /**
    * Reads a set in the portable form, or, with `CoreMode` 2, adopts the file's vectors where they
    * lie: mapped, or file-resident without `MapFile`. Counts of 0 are read from the file; `gap`
    * bytes lie between the vectors of an adopted file. The stream must stay open while an adopting
-   * set is used. Returns 0. Throws 20, 21.
+   * set is used; it then stands behind the data.
+   *
+   * A mapped set reads no vector, so that a file that is shorter than its head says fails when the
+   * vectors are used; a file-resident one reads the first 4096 values of each. A set in core that
+   * memory does not hold is adopted instead. Returns 0.
+   *
+   * Throws 20; 21, also for negative counts, for values in core that the file does not hold and
+   * for more than 65536 vectors of which the last would begin behind its end; 3; 12 for a negative
+   * gap; 1. The set is not valid then.
    */
   int Read(FILE* file, int CoreMode, bool MapFile, int NbVec, int DimVec, __int64 gap);
-  /** The same from byte `offset` of a file, which the set opens and closes. Throws 19, 20, 21. */
+  /**
+   * The same from byte `offset` of a file, which the set opens for reading and writing, and closes:
+   * when it is released, or at once when the vectors are in core. Throws 19 too.
+   */
   int Read(wchar_t const* name, __int64 offset, int CoreMode, bool MapFile, int NbVec, int DimVec,
            __int64 gap);
-  /** Reads or adopts the raw form. `name` is the name of the open file. Throws 20, 21. */
+  /** Reads or adopts (mapped) the raw form. `name` is the name of the open file. Throws as Read. */
   int Restore(wchar_t* name, FILE* file, int CoreMode, int NbVec, int DimVec);
-  /** The same from byte `offset` of a file. Throws 19, 20, 21. */
+  /**
+   * The same from byte `offset` of a file. The set owns what it adopts: it may be resized, and its
+   * end removes the file. The descriptor (getDataFileDescriptor) is the caller's to close, in core
+   * too. Throws 19 too.
+   */
   int Restore(wchar_t* name, unsigned __int64 offset, int CoreMode, int NbVec, int DimVec);
   /** @} */
 
@@ -421,6 +441,7 @@ private:
   void _CloseDataFile(bool strict);
   void _RemoveDataFile(bool strict);
   void bindFile(std::wstring const& name);
+  void leaveFileBehind();
   std::wstring const& presentName() const { return boundName_.empty() ? fileName_ : boundName_; }
 
   // Mapped range.

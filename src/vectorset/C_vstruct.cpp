@@ -104,7 +104,7 @@ void C_VSTRUCT<T>::letGo() {
   const bool ownFile = fileOpenedHere_;
   _CloseDataFile(true);
   if (ownFile) _RemoveDataFile(true);
-  boundName_.clear();
+  leaveFileBehind();
   _DeallocateList();
   fileDescriptor_ = -1;
   stream_ = nullptr;
@@ -143,7 +143,7 @@ void C_VSTRUCT<T>::Release(bool removeFile) {
     if (removeFile)
       _RemoveDataFile(true);
     else
-      boundName_.clear(); // the file is left behind
+      leaveFileBehind();
   }
   _DeallocateList();
   valid_ = false;

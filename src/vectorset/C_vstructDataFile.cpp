@@ -120,6 +120,13 @@ void C_VSTRUCT<T>::_RemoveDataFile(bool strict) {
   fileSize_ = 0;
 }
 
+/** Lets go of the file's name. A file that was only read is not to be made anew under its name. */
+template <class T>
+void C_VSTRUCT<T>::leaveFileBehind() {
+  if ((!memOwner_ || coreMode_ == 1) && fileName_ == boundName_) fileName_.clear();
+  boundName_.clear();
+}
+
 /** Takes a file as the set's own; its name stands until the file is removed or left behind. */
 template <class T>
 void C_VSTRUCT<T>::bindFile(std::wstring const& name) {
