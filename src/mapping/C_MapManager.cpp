@@ -1,12 +1,13 @@
 #include <zarel/C_MapManager.h>
 
-#include <cerrno>
 #include <fcntl.h>
 #include <memory>
+#include <new>
 
 #include <zarel/bf.h>
 
 #include "mapping/reserve.h"
+#include "mapping/view.h"
 #include "runtime/fail.h"
 #include "system/calls.h"
 #include "system/mapping.h"
@@ -16,21 +17,13 @@ using namespace Zarel;
 
 namespace {
 
-constexpr int readWrite = 2;
 enum Code { MapFailed = 13, HandleNotClosed = 14, SizeNotSet = 24, FileNotClosed = 27 };
 constexpr int reasonInErrno = 100;
-constexpr mode_t ownerOnly = 0600;
 
 // Whether views of a mode can be made through a descriptor.
 bool serves(int fd, int mode) {
   const int access = fd < 0 ? -1 : systemCalls().accessMode(fd);
-  return access == O_RDWR || (access == O_RDONLY && mode != readWrite);
-}
-
-int openByName(const wchar_t* file, int mode) {
-  if (!file) return -1;
-  const int flags = mode == readWrite ? O_RDWR | O_CREAT : O_RDONLY;
-  return systemCalls().open(toUtf8(file).c_str(), flags | O_CLOEXEC, ownerOnly);
+  return access == O_RDWR || (access == O_RDONLY && mode != mapReadWrite);
 }
 
 } // namespace
@@ -45,16 +38,19 @@ C_MapManager::~C_MapManager() {
 }
 
 void C_MapManager::OpenHandles(__2Handles& handles, int fd, const wchar_t* file, int mode) {
-  handles.file = serves(fd, mode) ? systemCalls().duplicate(fd) : openByName(file, mode);
-  struct stat status;
-  if (handles.file < 0 || systemCalls().fstat(handles.file, &status) != 0) fail(MapFailed);
-  if (!S_ISREG(status.st_mode) || status.st_size == 0) fail(MapFailed);
-  handles.size = static_cast<unsigned __int64>(status.st_size);
+  handles.file = serves(fd, mode) ? systemCalls().duplicate(fd) : openForViews(file, mode);
+  if (handles.file < 0 || !takeSize(handles)) fail(MapFailed);
 }
 
 __2Handles& C_MapManager::HandlesOf(int fd, const wchar_t* file, int mode) {
   const auto [entry, fresh] = _handles.try_emplace(fd);
-  if (fresh) OpenHandles(entry->second, fd, file, mode);
+  if (!fresh) return entry->second;
+  try {
+    OpenHandles(entry->second, fd, file, mode);
+  } catch (const std::bad_alloc&) {
+    _handles.erase(entry);
+    throw;
+  }
   return entry->second;
 }
 

@@ -1,13 +1,12 @@
 #include <zarel/C_MapManager.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <sys/mman.h>
 #include <type_traits>
 
 #include <zarel/C_MessageTool.h>
 
-#include "mapping/reserve.h"
+#include "mapping/view.h"
 #include "runtime/fail.h"
 #include "runtime/keys.h"
 #include "system/calls.h"
@@ -19,39 +18,8 @@ static_assert(std::is_trivially_copyable_v<C_MapPtr>, "views are copied word by 
 
 namespace {
 
-enum Mode { Reading = 0, ReadWrite = 2 };
 enum Code { MapFailed = 13, UnmapFailed = 14 };
 constexpr int reasonInErrno = 100;
-
-[[noreturn]] void refuse(int error) {
-  errno = error;
-  fail(MapFailed, reasonInErrno);
-}
-
-// The bytes that the file behind the handles can show now. A page behind the end of a file has no
-// bytes to show, and touching it kills the process.
-unsigned __int64 bytesToShow(const __2Handles& handles) {
-  struct stat status;
-  if (systemCalls().fstat(handles.file, &status) != 0) fail(MapFailed, reasonInErrno);
-  return std::min(handles.size, static_cast<unsigned __int64>(status.st_size));
-}
-
-// Stores into [from, to) will find their place. What is known to be solid costs no system call.
-void makeSolid(__2Handles& handles, unsigned __int64 from, unsigned __int64 to) {
-  if (from >= handles.solidFrom && to <= handles.solidTo) return;
-  unsigned __int64 solid = nextHole(handles.file, from, handles.size);
-  if (solid < to) {
-    if (!reserveRange(handles.file, from, to)) fail(MapFailed, reasonInErrno);
-    solid = to;
-  }
-  const bool touching = from <= handles.solidTo && solid >= handles.solidFrom;
-  handles.solidFrom = touching ? std::min(handles.solidFrom, from) : from;
-  handles.solidTo = touching ? std::max(handles.solidTo, solid) : solid;
-}
-
-int protectionOf(int mode) {
-  return mode == ReadWrite ? PROT_READ | PROT_WRITE : PROT_READ;
-}
 
 struct SystemAdvice {
   int advice;
@@ -85,18 +53,11 @@ void C_MapPtr::MapToFile(unsigned __int64 offset, unsigned __int64 length, unsig
   _offset = offset;
   _userLength = length;
   _handles = handles;
-  if (granularity == 0 || (_mode != Reading && _mode != ReadWrite)) refuse(EINVAL);
-  const unsigned __int64 end = offset + length;
-  if (end < offset || end > bytesToShow(*handles)) refuse(ENXIO);
-  const unsigned __int64 aligned = granularity * (offset / granularity);
-  if (_mode == ReadWrite) makeSolid(*handles, aligned, end);
-  const unsigned __int64 mapLength = end - aligned;
-  void* view = systemCalls().mmap(nullptr, mapLength, protectionOf(_mode), MAP_SHARED,
-                                  handles->file, static_cast<off_t>(aligned));
-  if (view == MAP_FAILED) fail(MapFailed, reasonInErrno);
-  _mapPtr = static_cast<char*>(view);
-  _mapLength = mapLength;
-  _userPtr = _mapPtr + (offset - aligned);
+  View view;
+  if (!mapView(*handles, _mode, offset, length, granularity, view)) fail(MapFailed, reasonInErrno);
+  _mapPtr = view.start;
+  _userPtr = view.user;
+  _mapLength = view.length;
 }
 
 void C_MapPtr::UnMap() {
@@ -120,5 +81,5 @@ bool C_MapPtr::Advise(E_MapAdvice advice, unsigned __int64 from, unsigned __int6
   const auto first = static_cast<unsigned __int64>(_userPtr - _mapPtr) + from;
   const unsigned __int64 start = first / page * page;
   return systemCalls().madvise(_mapPtr + start, first + bytes - start,
-                               _mode == ReadWrite ? writing : reading) == 0;
+                               _mode == mapReadWrite ? writing : reading) == 0;
 }

@@ -1,39 +1,677 @@
-#include <fcntl.h>
-#include <unistd.h>
+// Views of files, and the manager that opens a file once for all of them.
+#include <algorithm>
+#include <cstring>
+#include <memory>
 
 #include <gtest/gtest.h>
 #include <zarel/C_MapManager.h>
-#include <zarel/C_ZarelException.h>
 
-#include "support/Files.h"
-#include "system/text.h"
+#include "mapping/reserve.h"
+#include "mapping/support.h"
+#include "support/Capture.h"
+#include "support/FailingAllocation.h"
+#include "support/FailingCall.h"
 
 namespace {
 
+using support::FailingCall;
 using support::TempDirectory;
 
-TEST(MapManager, IsOneForTheProcess) {
+// A file of three pages whose bytes count up, modulo 251.
+class MapManager : public testing::Test {
+protected:
+  MapManager() {
+    support::writeBytes(name, bytes(3 * kPage));
+    fd = open(name.c_str(), O_RDWR | O_CLOEXEC);
+  }
+  ~MapManager() override {
+    manager->UnMapPtr(&view);
+    manager->ReleaseFileHandle(fd);
+    if (fd >= 0) close(fd);
+  }
+
+  static std::string bytes(size_t count) {
+    std::string result(count, '\0');
+    for (size_t k = 0; k < count; ++k)
+      result[k] = static_cast<char>(k % 251);
+    return result;
+  }
+
+  C_MapPtr* map(int mode, u64 offset, u64 length) {
+    return manager->MapPtr(&view, fd, wideName.c_str(), mode, offset, length);
+  }
+  std::string shown(u64 length) const { return {view.GetPtrUser(), length}; }
+
+  TempDirectory directory;
+  std::string name = directory.file("data");
+  std::wstring wideName = Zarel::toWide(name);
+  C_MapManager* manager = getGlobalMapManager();
+  C_MapPtr view;
+  int fd = -1;
+};
+
+TEST(MapManagerOfTheProcess, IsOne) {
   C_MapManager* const manager = getGlobalMapManager();
 
   EXPECT_EQ(manager, C_MapManager::Instance());
+  EXPECT_EQ(manager->GetGranularity(), kPage);
 }
 
-TEST(MapManager, WritesThroughAView) {
-  const TempDirectory directory;
-  const std::string name = directory.file("data");
-  int fd = open(name.c_str(), O_RDWR | O_CREAT, 0600);
-  C_MapManager* const manager = getGlobalMapManager();
-  manager->SetDataFileSize(fd, 10000);
+TEST_F(MapManager, AnOffsetAtTheGranularityStartsItsView) {
+  map(0, kPage, 100);
 
-  C_MapPtr view;
-  manager->MapPtr(&view, fd, nullptr, 2, 5000, 3);
-  view.GetPtrUser()[0] = 'x';
+  EXPECT_EQ(view.GetOffsetUser(), kPage);
+  EXPECT_EQ(view.GetLength(), 100u);
+  EXPECT_EQ(reinterpret_cast<std::uintptr_t>(view.GetPtrUser()) % kPage, 0u);
+  EXPECT_EQ(shown(100), bytes(2 * kPage).substr(kPage, 100));
+}
+
+TEST_F(MapManager, AnOffsetOneByteFurtherLengthensTheViewByOne) {
+  map(0, kPage + 1, 100);
+
+  EXPECT_EQ(view.GetLength(), 101u);
+  EXPECT_EQ(reinterpret_cast<std::uintptr_t>(view.GetPtrUser()) % kPage, 1u);
+  EXPECT_EQ(shown(100), bytes(2 * kPage).substr(kPage + 1, 100));
+}
+
+TEST_F(MapManager, OffsetsBeyond4GiBPassUnchanged) {
+  const u64 far = (u64{5} << 30) + 17;
+  ASSERT_EQ(ftruncate(fd, static_cast<off_t>(far + 8)), 0);
+  ASSERT_EQ(pwrite(fd, "far away", 8, static_cast<off_t>(far)), 8);
+
+  map(0, far, 8);
+
+  EXPECT_EQ(shown(8), "far away");
+  EXPECT_EQ(view.GetOffsetUser(), far);
+}
+
+TEST_F(MapManager, WhatIsWrittenToAViewIsInTheFile) {
+  map(2, 5000, 3);
+
+  std::memcpy(view.GetPtrUser(), "xyz", 3);
+
+  EXPECT_EQ(support::bytesOf(name).substr(5000, 3), "xyz");
+}
+
+TEST_F(MapManager, MakesANewRecordForTheCaller) {
+  const std::unique_ptr<C_MapPtr> made(manager->MapPtr(nullptr, fd, wideName.c_str(), 0, 10, 5));
+
+  EXPECT_EQ(std::string(made->GetPtrUser(), 5), bytes(15).substr(10));
+  manager->UnMapPtr(made.get());
+}
+
+TEST_F(MapManager, UnmappingClearsTheRecord) {
+  map(2, 5000, 3);
+
   manager->UnMapPtr(&view);
+
+  EXPECT_EQ(view.GetOffsetUser(), 0u);
+  EXPECT_EQ(view.GetLength(), 0u);
+  EXPECT_EQ(view.GetPtrUser(), nullptr);
+  EXPECT_FALSE(isMappedFrom(name));
+  manager->UnMapPtr(&view);
+  manager->UnMapPtr(nullptr);
+}
+
+TEST_F(MapManager, OpensAFileOnceForAllItsViews) {
+  C_MapPtr others[5];
+  map(2, 0, 10);
+  const size_t before = openDescriptors();
+
+  for (C_MapPtr& other : others)
+    manager->MapPtr(&other, fd, wideName.c_str(), 0, 0, 10);
+
+  EXPECT_EQ(openDescriptors(), before);
+  for (C_MapPtr& other : others)
+    manager->UnMapPtr(&other);
+}
+
+TEST_F(MapManager, MapsThroughTheDescriptorSoThatAFileNeedsNoName) {
+  unlink(name.c_str());
+
+  manager->MapPtr(&view, fd, nullptr, 2, 0, 10);
+
+  EXPECT_EQ(shown(10), bytes(10));
+}
+
+TEST_F(MapManager, MapsByTheNameWhereTheDescriptorMayNotWrite) {
+  close(fd);
+  fd = open(name.c_str(), O_RDONLY | O_CLOEXEC);
+
+  map(2, 0, 10);
+  view.GetPtrUser()[0] = 'w';
+
+  EXPECT_EQ(support::bytesOf(name)[0], 'w');
+}
+
+TEST_F(MapManager, MapsByTheNameWhereTheDescriptorMayNotRead) {
+  close(fd);
+  fd = open(name.c_str(), O_WRONLY | O_CLOEXEC);
+
+  map(0, 0, 10);
+
+  EXPECT_EQ(shown(10), bytes(10));
+}
+
+TEST_F(MapManager, MapsByTheNameWithoutADescriptor) {
+  int none = -1;
+  manager->MapPtr(&view, none, wideName.c_str(), 0, 0, 10);
+
+  EXPECT_EQ(shown(10), bytes(10));
+  manager->UnMapPtr(&view);
+  manager->ReleaseFileHandle(none);
+}
+
+TEST_F(MapManager, NoDescriptorAndNoNameIs13) {
+  int none = -1;
+
+  expectFailure(13, 0, [&] { manager->MapPtr(&view, none, nullptr, 0, 0, 10); });
+  manager->ReleaseFileHandle(none);
+}
+
+TEST_F(MapManager, AViewStaysAfterItsFileIsReleasedAndClosed) {
+  map(0, 0, 10);
+
+  manager->CloseDataFile(fd);
+
+  EXPECT_EQ(shown(10), bytes(10));
+}
+
+// The first opening decides: a later view does not open the file anew.
+TEST_F(MapManager, AViewToWriteOnAFileOpenedToReadIsRefused) {
+  int reading = open(name.c_str(), O_RDONLY | O_CLOEXEC);
+  manager->MapPtr(&view, reading, wideName.c_str(), 0, 0, 10);
+  manager->UnMapPtr(&view);
+
+  expectFailure(13, 2828, [&] { manager->MapPtr(&view, reading, wideName.c_str(), 2, 0, 10); });
+
+  EXPECT_EQ(view.GetPtrUser(), nullptr);
+  manager->CloseDataFile(reading);
+}
+
+TEST_F(MapManager, AnEmptyFileIs13ThenStaysInTheTableUntilReleased) {
+  support::writeBytes(name, "");
+  expectFailure(13, 0, [this] { map(2, 0, 1); });
+  manager->SetDataFileSize(fd, 100);
+
+  expectFailure(13, 17, [this] { map(2, 0, 1); });
+  manager->ReleaseFileHandle(fd);
+
+  map(2, 0, 1);
+  EXPECT_EQ(view.GetPtrUser()[0], 0);
+}
+
+TEST_F(MapManager, AFileThatIsNoneIs13) {
+  int missing = -1;
+  expectFailure(13, 0, [&] { manager->MapPtr(&view, missing, L"/no/such/file", 0, 0, 1); });
+  manager->ReleaseFileHandle(missing);
+
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  expectFailure(13, 0, [&] { manager->MapPtr(&view, ends[0], nullptr, 0, 0, 1); });
+  for (int& end : ends)
+    manager->CloseDataFile(end);
+}
+
+TEST_F(MapManager, ARangePastTheEndIs13) {
+  expectFailure(13, 17, [this] { map(0, 0, 3 * kPage + 1); });
+  expectFailure(13, 17, [this] { map(0, 3 * kPage, 1); });
+  expectFailure(13, 17, [this] { map(0, 10, ~u64{0}); });
+  expectFailure(13, 17, [this] { map(2, ~u64{0}, 2); });
+
+  EXPECT_EQ(view.GetPtrUser(), nullptr);
+}
+
+TEST_F(MapManager, NoBytesAtTheGranularityAre13) {
+  expectFailure(13, 18, [this] { map(0, kPage, 0); });
+}
+
+TEST_F(MapManager, AFileThatBecameShorterIs13AndNoSignal) {
+  map(0, 0, 1);
+  manager->UnMapPtr(&view);
+  support::truncateTo(name, kPage + 10);
+
+  expectFailure(13, 17, [this] { map(0, kPage, 11); });
+
+  map(0, kPage, 10);
+  EXPECT_EQ(shown(10), bytes(kPage + 10).substr(kPage));
+}
+
+TEST_F(MapManager, AFileThatGrewIsSeenAfterARelease) {
+  map(2, 0, 1);
+  manager->UnMapPtr(&view);
+  manager->SetDataFileSize(fd, 4 * kPage);
+
+  expectFailure(13, 17, [this] { map(2, 3 * kPage, 10); });
+  manager->ReleaseFileHandle(fd);
+
+  map(2, 3 * kPage, 10);
+  EXPECT_EQ(shown(10), std::string(10, '\0'));
+}
+
+TEST_F(MapManager, OtherModesAreRefused) {
+  for (const int mode : {1, 3, -1})
+    expectFailure(13, 18, [&] { map(mode, 0, 10); });
+}
+
+TEST_F(MapManager, AGranularityOfNothingOrOfNoWholePagesIsRefused) {
+  __2Handles handles;
+  handles.file = fd;
+  handles.size = 3 * kPage;
+  view.Init(0);
+
+  expectFailure(13, 18, [&] { view.MapToFile(0, 10, 0, &handles); });
+  expectFailure(13, 18, [&] { view.MapToFile(150, 10, 100, &handles); });
+}
+
+TEST_F(MapManager, ARecordIsCopiedWordByWord) {
+  map(0, 7, 5);
+  C_MapPtr copy = view;
+
+  view = C_MapPtr();
+
+  EXPECT_EQ(std::string(copy.GetPtrUser(), 5), bytes(12).substr(7));
+  copy.UnMap();
+}
+
+TEST_F(MapManager, AViewThatCannotBeUnmappedIsReportedAndStays) {
+  map(0, 0, 10);
+
+  const support::Captured told = support::capture([this] {
+    const SystemCallsKept kept;
+    Zarel::systemCalls().munmap = [](void*, size_t) {
+      errno = EINVAL;
+      return -1;
+    };
+    view.UnMap();
+  });
+
+  EXPECT_NE(told.err.find("message ID=14"), std::string::npos) << told.err;
+  EXPECT_EQ(shown(10), bytes(10));
+}
+
+TEST_F(MapManager, ReleasingAnUnknownDescriptorDoesNothing) {
+  int unknown = 12345;
+
+  manager->ReleaseFileHandle(unknown);
+
+  EXPECT_EQ(unknown, 12345);
+}
+
+TEST_F(MapManager, ReleasingLeavesTheDescriptorOpen) {
+  const size_t before = openDescriptors();
+  map(0, 0, 10);
+
+  manager->ReleaseFileHandle(fd);
+
+  EXPECT_EQ(openDescriptors(), before);
+  EXPECT_EQ(lseek(fd, 0, SEEK_CUR), 0);
+}
+
+TEST_F(MapManager, AHandleThatCannotBeClosedIs14AndForgotten) {
+  map(0, 0, 10);
+  const size_t before = openDescriptors();
+  {
+    const FailingCall failing(1, "close");
+    expectFailure(14, 0, [this] { manager->ReleaseFileHandle(fd); });
+  }
+
+  EXPECT_EQ(openDescriptors(), before - 1);
+  manager->ReleaseFileHandle(fd);
+}
+
+TEST_F(MapManager, ClosingADataFileTakesItsDescriptor) {
+  const size_t before = openDescriptors();
+  map(0, 0, 10);
+
   manager->CloseDataFile(fd);
 
   EXPECT_EQ(fd, -1);
-  EXPECT_EQ(support::bytesOf(name).size(), 10000u);
-  EXPECT_EQ(support::bytesOf(name)[5000], 'x');
+  EXPECT_EQ(openDescriptors(), before - 1);
+}
+
+TEST_F(MapManager, ADescriptorOf0IsNone) {
+  int input = 0;
+
+  manager->CloseDataFile(input);
+
+  EXPECT_EQ(input, 0);
+  EXPECT_NE(fcntl(0, F_GETFD), -1);
+}
+
+TEST_F(MapManager, ADescriptorThatCannotBeClosedIs27) {
+  int stale = 12345;
+
+  expectFailure(27, 16, [&] { manager->CloseDataFile(stale); });
+
+  EXPECT_EQ(stale, 12345);
+}
+
+TEST_F(MapManager, RemovingAFileEmptiesItsName) {
+  std::wstring file = wideName;
+
+  manager->RemoveDataFile(true, file);
+
+  EXPECT_TRUE(file.empty());
+  EXPECT_FALSE(std::filesystem::exists(name));
+  manager->RemoveDataFile(true, file);
+}
+
+TEST_F(MapManager, AFileThatCannotBeRemovedKeepsItsNameIfStrict) {
+  std::wstring strict = L"/no/such/file";
+  std::wstring lax = strict;
+
+  manager->RemoveDataFile(true, strict);
+  manager->RemoveDataFile(false, lax);
+
+  EXPECT_EQ(strict, L"/no/such/file");
+  EXPECT_TRUE(lax.empty());
+}
+
+TEST_F(MapManager, SizesGrowByZerosAndShrink) {
+  manager->SetDataFileSize(fd, 3 * kPage + 5);
+  EXPECT_EQ(support::bytesOf(name), bytes(3 * kPage) + std::string(5, '\0'));
+
+  manager->SetDataFileSize(fd, 7);
+  EXPECT_EQ(support::bytesOf(name), bytes(7));
+}
+
+TEST_F(MapManager, AGrownFileHasItsPlaceOnTheDisk) {
+  manager->SetDataFileSize(fd, 1 << 20);
+
+  struct stat status;
+  ASSERT_EQ(fstat(fd, &status), 0);
+  EXPECT_GE(status.st_blocks * 512, 1 << 20);
+}
+
+TEST_F(MapManager, ASizeThatCannotBeSetIs24) {
+  expectFailure(24, 16, [this] { manager->SetDataFileSize(-1, 10); });
+  expectFailure(24, 9, [this] { manager->SetDataFileSize(fd, ~u64{0}); });
+  int reading = open(name.c_str(), O_RDONLY | O_CLOEXEC);
+  expectFailure(24, 18, [&] { manager->SetDataFileSize(reading, 1); });
+  close(reading);
+}
+
+TEST_F(MapManager, AFileBeyondTheLimitIs24AndStaysAsItWas) {
+  {
+    const FileSizeLimit limit(4 * kPage);
+    expectFailure(24, 9, [this] { manager->SetDataFileSize(fd, 5 * kPage); });
+  }
+
+  EXPECT_EQ(support::bytesOf(name), bytes(3 * kPage));
+}
+
+TEST_F(MapManager, AFullDiskIs24Reason5AndTheFileStaysAsItWas) {
+  const SystemCallsKept kept;
+  // As file systems do that run full half way: part of the range is already there.
+  Zarel::systemCalls().fallocate = [](int file, off_t offset, off_t) {
+    if (ftruncate(file, offset + 100) != 0) return -1;
+    errno = ENOSPC;
+    return -1;
+  };
+
+  expectFailure(24, 5, [this] { manager->SetDataFileSize(fd, 1 << 20); });
+
+  EXPECT_EQ(support::bytesOf(name), bytes(3 * kPage));
+}
+
+// ---- holes ----
+
+TEST_F(MapManager, HolesGetTheirPlaceBeforeTheyAreWritten) {
+  ASSERT_EQ(ftruncate(fd, 0), 0);
+  ASSERT_EQ(ftruncate(fd, 1 << 20), 0);
+
+  map(2, 0, 1 << 20);
+
+  struct stat status;
+  ASSERT_EQ(fstat(fd, &status), 0);
+  EXPECT_GE(status.st_blocks * 512, 1 << 20);
+}
+
+TEST_F(MapManager, HolesStayHolesForReaders) {
+  ASSERT_EQ(ftruncate(fd, 0), 0);
+  ASSERT_EQ(ftruncate(fd, 1 << 20), 0);
+
+  map(0, 0, 1 << 20);
+
+  struct stat status;
+  ASSERT_EQ(fstat(fd, &status), 0);
+  EXPECT_EQ(status.st_blocks, 0);
+}
+
+TEST_F(MapManager, AFullDiskUnderAHoleIs13Reason5) {
+  ASSERT_EQ(ftruncate(fd, 1 << 20), 0);
+  const FailingCall failing(1, "fallocate", ENOSPC);
+
+  expectFailure(13, 5, [this] { map(2, 0, 1 << 20); });
+
+  EXPECT_EQ(view.GetPtrUser(), nullptr);
+}
+
+TEST_F(MapManager, AWrittenFileIsNotTouchedByAView) {
+  ASSERT_EQ(fsync(fd), 0);
+  const FailingCall counting(0, "fallocate");
+
+  map(2, 0, 3 * kPage);
+
+  EXPECT_EQ(FailingCall::count(), 0);
+}
+
+TEST_F(MapManager, WhatIsKnownToHaveItsPlaceIsAskedForOnce) {
+  ASSERT_EQ(ftruncate(fd, 1 << 20), 0);
+  map(2, 0, 1 << 20);
+  view.UnMap();
+  const FailingCall counting(0, "lseek");
+
+  for (u64 offset = 0; offset < 1 << 20; offset += 3000) {
+    map(2, offset, 8);
+    view.UnMap();
+  }
+
+  EXPECT_EQ(FailingCall::count(), 0);
+}
+
+TEST_F(MapManager, LookingForHolesLeavesThePositionOfTheDescriptor) {
+  ASSERT_EQ(lseek(fd, 77, SEEK_SET), 77);
+
+  map(2, 0, 100);
+
+  EXPECT_EQ(lseek(fd, 0, SEEK_CUR), 77);
+}
+
+// ---- file systems that cannot reserve ----
+
+class NoReserve : public MapManager {
+protected:
+  NoReserve() { Zarel::systemCalls().fallocate = cannotReserve; }
+
+  long long placed() const {
+    struct stat status;
+    fstat(fd, &status);
+    return status.st_blocks * 512LL;
+  }
+
+  SystemCallsKept kept;
+};
+
+TEST_F(NoReserve, AFileGrowsByWrittenZeros) {
+  manager->SetDataFileSize(fd, 300000);
+
+  EXPECT_EQ(support::bytesOf(name), bytes(3 * kPage) + std::string(300000 - 3 * kPage, '\0'));
+  EXPECT_GE(placed(), 300000);
+}
+
+TEST_F(NoReserve, HolesAreFilledAndDataStays) {
+  ASSERT_EQ(ftruncate(fd, 300000), 0);
+  ASSERT_EQ(pwrite(fd, "middle", 6, 150000), 6);
+  const std::string before = support::bytesOf(name);
+
+  map(2, 0, 300000);
+
+  EXPECT_EQ(support::bytesOf(name), before);
+  EXPECT_GE(placed(), 300000);
+}
+
+TEST_F(NoReserve, AFullDiskIsAnErrorOfTheCallThatGrows) {
+  {
+    const FailingCall failing(2, "pwrite", ENOSPC);
+    Zarel::systemCalls().fallocate = cannotReserve;
+    expectFailure(24, 5, [this] { manager->SetDataFileSize(fd, 300000); });
+  }
+  EXPECT_EQ(support::bytesOf(name), bytes(3 * kPage));
+  {
+    const FailingCall failing(1, "fsync", ENOSPC);
+    Zarel::systemCalls().fallocate = cannotReserve;
+    expectFailure(24, 5, [this] { manager->SetDataFileSize(fd, 300000); });
+  }
+  EXPECT_EQ(support::bytesOf(name), bytes(3 * kPage));
+}
+
+TEST_F(NoReserve, TransfersInPiecesAndInterruptedOnesGoOn) {
+  static int turn = 0;
+  Zarel::systemCalls().pwrite = [](int file, const void* from, size_t count, off_t at) -> ssize_t {
+    if (++turn % 3 == 0) {
+      errno = EINTR;
+      return -1;
+    }
+    return pwrite(file, from, std::min<size_t>(count, 1000), at);
+  };
+  Zarel::systemCalls().pread = [](int file, void* into, size_t count, off_t at) -> ssize_t {
+    if (++turn % 3 == 0) {
+      errno = EINTR;
+      return -1;
+    }
+    return pread(file, into, std::min<size_t>(count, 777), at);
+  };
+
+  manager->SetDataFileSize(fd, 100000);
+
+  EXPECT_EQ(support::bytesOf(name), bytes(3 * kPage) + std::string(100000 - 3 * kPage, '\0'));
+}
+
+TEST_F(NoReserve, AWriteThatTakesNothingIsAFullDisk) {
+  Zarel::systemCalls().pwrite = [](int, const void*, size_t, off_t) -> ssize_t { return 0; };
+
+  expectFailure(24, 5, [this] { manager->SetDataFileSize(fd, 100000); });
+}
+
+TEST(Reserve, AnEmptyRangeNeedsNothing) {
+  EXPECT_TRUE(Zarel::reserveRange(-1, 5, 5));
+}
+
+// ---- advice ----
+
+TEST_F(MapManager, TakesAdvice) {
+  for (const int mode : {0, 2}) {
+    map(mode, 100, 2 * kPage);
+    for (const E_MapAdvice advice :
+         {E_MapNormal, E_MapSequential, E_MapRandom, E_MapWillNeed, E_MapPopulate, E_MapDontNeed})
+      EXPECT_TRUE(view.Advise(advice)) << advice;
+    EXPECT_EQ(shown(2 * kPage), bytes(3 * kPage).substr(100, 2 * kPage));
+    view.UnMap();
+  }
+}
+
+TEST_F(MapManager, AdviceIsForWholePagesInsideTheView) {
+  map(2, kPage + 100, kPage);
+  static std::string asked;
+  asked.clear();
+  const SystemCallsKept kept;
+  static const char* start = nullptr;
+  start = view.GetPtrUser() - 100;
+  Zarel::systemCalls().madvise = [](void* address, size_t count, int) {
+    asked +=
+        std::to_string(static_cast<char*>(address) - start) + "+" + std::to_string(count) + " ";
+    return 0;
+  };
+
+  EXPECT_TRUE(view.Advise(E_MapWillNeed));
+  EXPECT_TRUE(view.Advise(E_MapWillNeed, kPage - 100, 1));
+  EXPECT_TRUE(view.Advise(E_MapWillNeed, 0, 5));
+  EXPECT_FALSE(view.Advise(E_MapWillNeed, kPage));
+  EXPECT_FALSE(view.Advise(static_cast<E_MapAdvice>(99)));
+
+  const std::string page = std::to_string(kPage);
+  EXPECT_EQ(asked, "0+" + std::to_string(kPage + 100) + " " + page + "+1 0+105 ");
+}
+
+TEST_F(MapManager, NothingMappedTakesNoAdvice) {
+  EXPECT_FALSE(view.Advise(E_MapWillNeed));
+}
+
+TEST_F(MapManager, AdviceThatTheSystemRefusesIsFalse) {
+  map(0, 0, 10);
+  const FailingCall failing(1, "madvise");
+
+  EXPECT_FALSE(view.Advise(E_MapWillNeed));
+}
+
+TEST_F(MapManager, PagesThatAreNotNeededKeepWhatWasWritten) {
+  map(2, 0, 2 * kPage);
+  view.GetPtrUser()[5] = 'k';
+
+  view.Advise(E_MapDontNeed);
+
+  EXPECT_EQ(view.GetPtrUser()[5], 'k');
+}
+
+// ---- every fault in turn ----
+
+TEST_F(MapManager, EachSystemCallThatFailsLeavesNothingBehind) {
+  ASSERT_EQ(ftruncate(fd, 1 << 20), 0);
+  const size_t before = openDescriptors();
+
+  const long failed = support::forEachFailingCall([this] {
+    try {
+      map(2, 100, 100000);
+      manager->UnMapPtr(&view);
+      manager->ReleaseFileHandle(fd);
+    } catch (const C_ZarelException& e) {
+      EXPECT_TRUE(e.getExceptionCode() == 13 || e.getExceptionCode() == 14);
+      EXPECT_EQ(view.GetPtrUser(), nullptr);
+    }
+    view = C_MapPtr();
+    manager->ReleaseFileHandle(fd);
+  });
+
+  EXPECT_GT(failed, 5);
+  EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST_F(MapManager, EachAllocationThatFailsLeavesNothingBehind) {
+  const size_t before = openDescriptors();
+
+  const long failed = support::forEachFailingAllocation([this] {
+    C_MapPtr* made = nullptr;
+    int none = -1;
+    try {
+      made = manager->MapPtr(nullptr, none, wideName.c_str(), 0, 0, 10);
+    } catch (const std::bad_alloc&) {
+    }
+    EXPECT_EQ(made == nullptr, support::FailingAllocation::happened());
+    const support::Unharmed checks;
+    manager->UnMapPtr(made);
+    delete made;
+    manager->ReleaseFileHandle(none);
+  });
+
+  EXPECT_GT(failed, 1);
+  EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST(MapManagerOfTheProcess, ClosesAtItsEndWhatIsLeft) {
+  const TempDirectory directory;
+  support::writeBytes(directory.file("data"), "some bytes");
+  const size_t before = openDescriptors();
+  C_MapPtr view;
+  getGlobalMapManager()->MapPtr(&view, -1, Zarel::toWide(directory.file("data")).c_str(), 0, 0, 4);
+  EXPECT_EQ(openDescriptors(), before + 1);
+
+  C_MapManager::Kill();
+
+  EXPECT_EQ(openDescriptors(), before);
+  EXPECT_EQ(std::string(view.GetPtrUser(), 4), "some");
+  view.UnMap();
 }
 
 } // namespace

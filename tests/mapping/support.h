@@ -1,0 +1,93 @@
+// The vocabulary of the tests of mapped files.
+#ifndef ZAREL_TESTS_MAPPING_SUPPORT_H
+#define ZAREL_TESTS_MAPPING_SUPPORT_H
+
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+#include <functional>
+#include <string>
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+#include <zarel/C_ZarelException.h>
+
+#include "support/Files.h"
+#include "system/calls.h"
+#include "system/text.h"
+
+using u64 = unsigned __int64;
+
+inline const u64 kPage = static_cast<u64>(sysconf(_SC_PAGESIZE));
+
+inline size_t entriesOf(const std::string& directory) {
+  const std::filesystem::directory_iterator entries(directory);
+  return static_cast<size_t>(std::distance(begin(entries), end(entries)));
+}
+
+// The descriptors that the process has open.
+inline size_t openDescriptors() {
+  return entriesOf("/proc/self/fd");
+}
+
+// Whether an address of this process is mapped from a file of that name.
+inline bool isMappedFrom(const std::string& name) {
+  return support::bytesOf("/proc/self/maps").find(name) != std::string::npos;
+}
+
+// Expects the library's exception with this code and reason.
+inline void expectFailure(int code, int reason, const std::function<void()>& operation) {
+  try {
+    operation();
+    ADD_FAILURE() << "nothing was thrown";
+  } catch (const C_ZarelException& e) {
+    EXPECT_EQ(e.getExceptionCode(), code);
+    EXPECT_EQ(e.getReasonCode(), reason);
+  }
+}
+
+// Puts the table of system calls back.
+class SystemCallsKept {
+public:
+  SystemCallsKept() : _former(Zarel::systemCalls()) {}
+  ~SystemCallsKept() { Zarel::systemCalls() = _former; }
+  SystemCallsKept(const SystemCallsKept&) = delete;
+  SystemCallsKept& operator=(const SystemCallsKept&) = delete;
+
+private:
+  Zarel::SystemCalls _former;
+};
+
+// A file system that cannot reserve.
+inline int cannotReserve(int, off_t, off_t) {
+  errno = EOPNOTSUPP;
+  return -1;
+}
+
+// The process's largest file for as long as it lives; what would be larger is an error.
+class FileSizeLimit {
+public:
+  explicit FileSizeLimit(rlim_t bytes) {
+    _handler = signal(SIGXFSZ, SIG_IGN);
+    getrlimit(RLIMIT_FSIZE, &_former);
+    const rlimit limit = {bytes, _former.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  ~FileSizeLimit() {
+    setrlimit(RLIMIT_FSIZE, &_former);
+    signal(SIGXFSZ, _handler);
+  }
+  FileSizeLimit(const FileSizeLimit&) = delete;
+  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+  rlimit _former;
+  void (*_handler)(int);
+};
+
+#endif
