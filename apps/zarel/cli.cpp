@@ -37,7 +37,8 @@ void addGlobals(CLI::App& root, Globals& globals) {
   root.add_flag_callback(
       "-V,--version", [] { throw CLI::CallForVersion("", 0); },
       "Print the version and the BLAS in use");
-  root.set_config("--config", "", "Options from a TOML file; a command's stand in its section");
+  root.set_config("--config", "", "Options from a TOML file; a command's stand in its section")
+      ->type_name("FILE");
   root.config_formatter(std::make_shared<TomlConfig>());
   root.allow_config_extras(CLI::config_extras_mode::error);
 }
@@ -80,10 +81,18 @@ Failure extrasFailure(const CLI::App& root) {
                  suggestion.empty() ? usageHint(root) : suggestion);
 }
 
+/** "--inputs: At Most 1 required but received 2" in words for people; other texts as they are. */
+std::string mismatchText(const std::string& text) {
+  const auto end = text.find(": At Most 1 required");
+  return end == std::string::npos ? text : text.substr(0, end) + " is given more than once";
+}
+
 Failure usageFailure(const CLI::App& root, const CLI::ParseError& error) {
   // A misspelt command is also a missing command, which CLI11 finds first.
   if (dynamic_cast<const CLI::ExtrasError*>(&error) || !root.remaining(true).empty())
     return extrasFailure(root);
+  if (dynamic_cast<const CLI::ArgumentMismatch*>(&error))
+    return {ExitCode::usage, mismatchText(error.what()), usageHint(root)};
   if (dynamic_cast<const CLI::FileError*>(&error)) return {ExitCode::io, error.what()};
   return {ExitCode::usage, error.what(), usageHint(root)};
 }

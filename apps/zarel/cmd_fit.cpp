@@ -1,7 +1,9 @@
 #include "cli.h"
 #include "number.h"
+#include "output_file.h"
 #include "report.h"
 #include "samples.h"
+#include "suggest.h"
 #include "surrogate.h"
 
 #include <CLI/CLI.hpp>
@@ -40,6 +42,20 @@ void tell(const FitCommand& command, const Samples& samples, const std::vector<M
   console.note("wrote " + (command.model == "-" ? "the model on standard output" : command.model));
 }
 
+/** Samples may be enough for a trend and yet lie so that they carry only a poorer one. */
+void warnReducedTrends(const Samples& samples, const ModelOptions& options,
+                       const std::vector<ModelFacts>& facts, Console& console) {
+  for (std::size_t i = 0; i < facts.size(); ++i) {
+    const int enough = trendForCount(valueFor(options.trend, i), samples);
+    if (facts[i].trend < enough)
+      console.warn(samples.file + ": the samples do not tell the terms of the " +
+                       nameOf(trendNames(), enough) + " trend apart; the model of " +
+                       listed(facts[i].outputs, 3) + " has the " +
+                       nameOf(trendNames(), facts[i].trend) + " one",
+                   "look for inputs that depend on each other or take few values");
+  }
+}
+
 Json fitReport(const FitCommand& command, const Samples& samples, const ModelNotes& notes,
                KrigingList<double>& list, double seconds) {
   Json document = newReport("fit");
@@ -64,7 +80,8 @@ void runFit(const FitCommand& command, Globals& globals) {
   if (command.model == "-" && globals.json)
     throw Failure(ExitCode::usage, "--json and --output - both write on standard output",
                   "give the model a file name");
-  checkOverwrite(command.model, globals.force);
+  // Opened before the fit, so that a place that cannot be written costs no time.
+  OutputFile output(command.model, globals.force);
   const Samples samples =
       readSamples(command.samples, command.inputs, command.outputs, globals.console);
   checkSamples(samples, command.options, globals.console);
@@ -74,8 +91,11 @@ void runFit(const FitCommand& command, Globals& globals) {
   const auto start = Clock::now();
   fitModels(list, notes, globals.console);
   const double seconds = secondsSince(start);
-  saveModel(command.model, globals.force, list, notes);
-  tell(command, samples, modelFacts(list, notes), seconds, globals.console);
+  writeModel(output, list, notes);
+  output.commit();
+  const auto facts = modelFacts(list, notes);
+  tell(command, samples, facts, seconds, globals.console);
+  warnReducedTrends(samples, command.options, facts, globals.console);
   if (globals.json) printReport(fitReport(command, samples, notes, list, seconds));
 }
 

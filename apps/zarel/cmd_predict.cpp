@@ -1,6 +1,7 @@
 #include "cli.h"
 #include "option_values.h"
 #include "predictor.h"
+#include "suggest.h"
 
 #include <limits>
 #include <memory>
@@ -42,6 +43,17 @@ void warnNotFinite(const Predictor& predictor, Console& console) {
                    " values are not finite; they are written as nan or inf",
                "without a trend, a standard error next to a sample can be the root of a negative "
                "number");
+}
+
+/** Without a trend an error is 0 at a sample and 1 far from all, whatever the outputs measure. */
+void warnErrorsWithoutUnit(KrigingList<double>& list, const ModelNotes& notes, Console& console) {
+  std::vector<std::string> without;
+  for (const auto& facts : modelFacts(list, notes))
+    if (facts.terms == 0) without.insert(without.end(), facts.outputs.begin(), facts.outputs.end());
+  if (!without.empty())
+    console.warn("the standard errors of " + listed(without, 3) +
+                     " run from 0 to 1 and are not in units of the output: the model has no trend",
+                 "fit with --trend constant, or a richer one, for errors in units of the output");
 }
 
 /** The last row and, if something stopped the work, why, in the output's own form. */
@@ -98,7 +110,10 @@ void runPredict(const PredictCommand& command, Globals& globals) {
   readModel(command.model, list, notes);
   CsvReader points(command.points);
   const Columns columns = inputColumns(points, command.inputs, notes);
-  if (command.choice.errors) prepareErrors(list, notes, globals.console);
+  if (command.choice.errors) {
+    warnErrorsWithoutUnit(list, notes, globals.console);
+    prepareErrors(list, notes, globals.console);
+  }
   Predictor predictor(list, notes, command.choice);
   predictRows(command, globals, predictor, points, columns);
   warnNotFinite(predictor, globals.console);

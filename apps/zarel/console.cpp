@@ -20,6 +20,19 @@ void put(std::string_view text) {
   std::fwrite(text.data(), 1, text.size(), stderr);
 }
 
+/** Names and fields come from files: what would steer a terminal, or break a line, is shown as ?.
+ */
+std::string printable(std::string_view text) {
+  std::string out(text);
+  for (std::size_t i = 0; i < out.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(out[i]);
+    if ((byte < 0x20 && byte != '\t') || byte == 0x7F) out[i] = '?';
+    // The other control characters, U+0080 to U+009F in UTF-8.
+    if (i > 0 && out[i - 1] == '\xC2' && byte >= 0x80 && byte < 0xA0) out[i - 1] = out[i] = '?';
+  }
+  return out;
+}
+
 constexpr auto drawInterval = std::chrono::milliseconds(100);
 constexpr int barWidth = 24;
 
@@ -43,9 +56,8 @@ void Console::line(std::string_view label, const char* colour, std::string_view 
     out += label;
     if (colour_) out += "\033[0m";
   }
-  out += text;
-  out += '\n';
-  if (!hint.empty()) out.append("       ").append(hint).append("\n");
+  out += printable(text) + '\n';
+  if (!hint.empty()) out += "       " + printable(hint) + '\n';
   put(out);
 }
 
@@ -77,7 +89,7 @@ void Progress::update(double done) {
 }
 
 void Progress::draw(double done, Clock::time_point now) {
-  std::string out = "\r\033[K" + what_;
+  std::string out = "\r\033[K" + printable(what_);
   const double elapsed = std::chrono::duration<double>(now - start_).count();
   if (total_ > 0) {
     const double share = std::clamp(done / total_, 0.0, 1.0);
@@ -100,7 +112,9 @@ void Progress::finish() {
 
 std::string duration(double seconds) {
   char out[64];
-  if (seconds < 60) {
+  if (seconds < 0.995) {
+    std::snprintf(out, sizeof out, "%.2f s", seconds);
+  } else if (seconds < 60) {
     std::snprintf(out, sizeof out, "%.1f s", seconds);
   } else if (seconds < 3600) {
     const int whole = static_cast<int>(std::lround(seconds));

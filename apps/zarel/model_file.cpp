@@ -201,7 +201,8 @@ void readList(std::FILE* stream, const Parts& parts, KrigingList<double>& list,
   library::Details details;
   if (readResult(list, stream) != 0)
     refuse(path, "not a model file, or one that is cut short or damaged",
-           details.text().empty() ? "" : "the library stopped at " + details.text());
+           "give a file that zarel fit or zarel refine wrote" +
+               (details.text().empty() ? "" : "; the library stopped at " + details.text()));
   const off_t end = lseek(fileno(stream), 0, SEEK_CUR);
   if (end >= 0 && static_cast<std::uint64_t>(end) != parts.list)
     refuse(path, "the model file is cut short or damaged: bytes behind the model",

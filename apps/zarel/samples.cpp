@@ -87,17 +87,14 @@ void warnConstantOutputs(const Samples& samples, Console& console) {
 }
 
 void warnTrend(const Samples& samples, const ModelOptions& options, Console& console) {
-  const long long rows = static_cast<long long>(samples.inputs.rows());
   const long long inputs = static_cast<long long>(samples.inputs.columns());
-  int wanted = *std::max_element(options.trend.begin(), options.trend.end());
-  int possible = wanted;
-  while (possible > 0 && trendTerms(possible, inputs) > rows)
-    --possible;
+  const int wanted = *std::max_element(options.trend.begin(), options.trend.end());
+  const int possible = trendForCount(wanted, samples);
   if (possible == wanted) return;
   console.warn("the " + nameOf(trendNames(), wanted) + " trend of " + std::to_string(inputs) +
                    " inputs has " + std::to_string(trendTerms(wanted, inputs)) + " terms; " +
-                   std::to_string(rows) + " samples carry the " + nameOf(trendNames(), possible) +
-                   " one",
+                   std::to_string(samples.inputs.rows()) + " samples carry the " +
+                   nameOf(trendNames(), possible) + " one",
                "choose it by --trend, or give more samples");
 }
 
@@ -146,6 +143,14 @@ void warnDuplicates(const Samples& samples, Console& console) {
 long long trendTerms(int trend, long long n) {
   const long long terms[] = {0, 1, n + 1, 2 * n + 1, (n + 1) * (n + 2) / 2};
   return terms[trend];
+}
+
+int trendForCount(int wanted, const Samples& samples) {
+  const auto rows = static_cast<long long>(samples.inputs.rows());
+  const auto inputs = static_cast<long long>(samples.inputs.columns());
+  while (wanted > 0 && trendTerms(wanted, inputs) > rows)
+    --wanted;
+  return wanted;
 }
 
 int valueFor(const std::vector<int>& values, std::size_t model) {

@@ -53,6 +53,9 @@ void checkSamples(const Samples& samples, const ModelOptions& options, Console& 
 /** Terms of a trend in n variables. */
 long long trendTerms(int trend, long long n);
 
+/** The richest trend up to `wanted` that has no more terms than there are samples. */
+int trendForCount(int wanted, const Samples& samples);
+
 /** The value for a model, of a list with one value for all models or one a model. */
 int valueFor(const std::vector<int>& values, std::size_t model);
 

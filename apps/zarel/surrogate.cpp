@@ -287,11 +287,13 @@ std::string factsText(const ModelFacts& facts) {
   std::vector<std::string> theta;
   for (const double value : facts.theta)
     theta.push_back(roundedText(value));
+  const std::string trend = facts.terms == 0 ? "no trend"
+                                             : nameOf(trendNames(), facts.trend) + " trend (" +
+                                                   std::to_string(facts.terms) +
+                                                   (facts.terms == 1 ? " term)" : " terms)");
   return listed(facts.outputs) + ": " + nameOf(correlationNames(), facts.correlation) + ", " +
-         nameOf(trendNames(), facts.trend) + " trend (" + std::to_string(facts.terms) +
-         (facts.terms == 1 ? " term" : " terms") + "), scaling " +
-         nameOf(scalingNames(), facts.scaling) + ", " + nameOf(kernelNames(), facts.kernel) +
-         " multipliers " + listed(theta, shown);
+         trend + ", scaling " + nameOf(scalingNames(), facts.scaling) + ", " +
+         nameOf(kernelNames(), facts.kernel) + " multipliers " + listed(theta, shown);
 }
 
 } // namespace app

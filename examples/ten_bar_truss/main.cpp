@@ -22,6 +22,9 @@ namespace {
 const char* const Inputs = "a1,a2,a3,a4,a5,a6,a7,a8,a9,a10";
 const char* const Outputs = "weight,max_stress,tip_displacement";
 
+const char* const UsageText = "usage: ten_bar_truss POINTS.csv RESULTS.csv\n"
+                              "       ten_bar_truss --sample N [--seed S] [--bounds LOW HIGH]";
+
 struct Usage : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
@@ -109,7 +112,7 @@ SampleOptions parseSampleOptions(const std::vector<std::string>& args) {
       options.low = parse<double>(next(i), "--bounds");
       options.high = parse<double>(next(i), "--bounds");
     } else
-      throw Usage("unknown option " + args[i]);
+      throw Usage("unknown option " + args[i] + "; --help tells what there is");
   }
   if (options.count < 1 || !(0.0 < options.low && options.low < options.high))
     throw Usage("--sample needs a count of at least 1, and bounds 0 < LOW < HIGH");
@@ -120,14 +123,15 @@ SampleOptions parseSampleOptions(const std::vector<std::string>& args) {
 
 int main(int argc, char** argv) try {
   const std::vector<std::string> args(argv + 1, argv + argc);
-  if (!args.empty() && args[0].rfind("--", 0) == 0) {
+  if (args.size() == 1 && (args[0] == "--help" || args[0] == "-h")) {
+    std::cout << UsageText << '\n';
+  } else if (!args.empty() && args[0].rfind("--", 0) == 0) {
     const SampleOptions options = parseSampleOptions(args);
     sample(options.count, options.seed, options.low, options.high);
   } else if (args.size() == 2) {
     simulate(args[0], args[1]);
   } else {
-    throw Usage("usage: ten_bar_truss POINTS.csv RESULTS.csv\n"
-                "       ten_bar_truss --sample N [--seed S] [--bounds LOW HIGH]");
+    throw Usage(UsageText);
   }
   return 0;
 } catch (const Usage& usage) {

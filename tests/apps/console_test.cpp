@@ -24,6 +24,16 @@ TEST(Console, WritesWordsOnStandardError) {
                                  "zarel: error: f.csv:3: wrong\n       do this\n");
 }
 
+TEST(Console, ShowsNoControlCharactersOfOthers) {
+  CaptureStderr();
+  Console console;
+  console.note("a\033[2Jb\nc\x7f\td\xC2\x9B"
+               "e\xC3\xA9");
+  console.warn("odd", "called \"\r\b\"");
+  EXPECT_EQ(GetCapturedStderr(), "a?[2Jb?c?\td??e\xC3\xA9\n"
+                                 "zarel: warning: odd\n       called \"??\"\n");
+}
+
 TEST(Console, QuietKeepsWarningsAndErrors) {
   CaptureStderr();
   Console console;
@@ -44,6 +54,8 @@ TEST(Console, DrawsNoBarOnAFile) {
 }
 
 TEST(Console, DurationsAreForPeople) {
+  EXPECT_EQ(duration(0.034), "0.03 s");
+  EXPECT_EQ(duration(0.999), "1.0 s");
   EXPECT_EQ(duration(3.24), "3.2 s");
   EXPECT_EQ(duration(125), "2 min 05 s");
   EXPECT_EQ(duration(3600 + 12 * 60), "1 h 12 min");

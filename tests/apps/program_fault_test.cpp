@@ -133,9 +133,37 @@ TEST_F(Faults, DamagedModelsAreRefusedInOneMessage) {
     EXPECT_THAT(run.err, ::testing::StartsWith("zarel: error: " + path("bad") + ": "))
         << "nothing of the library in front";
     EXPECT_LE(std::count(run.err.begin(), run.err.end(), '\n'), 2);
+    if (bytes.size() < 50) {
+      EXPECT_THAT(run.err, HasSubstr("give a file that zarel fit"));
+    }
   }
   EXPECT_EQ(zarel({"info", path("none")}).code, 4);
   EXPECT_EQ(zarel({"info", folder_.string()}).code, 4);
+}
+
+TEST_F(Faults, WantOfMemoryIsToldAndLeavesTheFormerModel) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "sanitizers reserve more address space than this leaves";
+#else
+  // The factor of 12000 samples takes 1.1 GiB, which is more than the address space allowed.
+  std::string csv = "a,y\n";
+  for (int i = 0; i < 12000; ++i)
+    csv += std::to_string(i) + "," + std::to_string(std::sin(0.02 * i)) + "\n";
+  write("m", "former");
+  Around small;
+  small.child = [] {
+    const rlimit limit{rlim_t{1} << 30, rlim_t{1} << 30};
+    setrlimit(RLIMIT_AS, &limit);
+  };
+
+  const Outcome run = zarel({"fit", write("many.csv", csv), "-i", "1", "-o", path("m"), "--trend",
+                             "constant", "--no-optimise", "--force"},
+                            small);
+
+  EXPECT_EQ(run.code, 1) << run.err;
+  EXPECT_THAT(run.err, HasSubstr("zarel: error: out of memory\n       fit fewer samples"));
+  EXPECT_EQ(read("m"), "former");
+#endif
 }
 
 TEST_F(Faults, LibraryMessagesNeverMixWithData) {

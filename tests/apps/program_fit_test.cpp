@@ -226,6 +226,22 @@ TEST_F(Fit, AReducedTrendIsToldAndUsed) {
   EXPECT_EQ(run.json()["models"][0]["trend"], "pure-quadratic");
 }
 
+TEST_F(Fit, ATrendThatTheSamplesDoNotTellIsToldAndNotUsed) {
+  const Outcome run = fit("a,b,y\n0,0,1\n1,2,2\n2,4,3.5\n3,6,3\n", {"--trend", "linear", "--json"});
+  EXPECT_EQ(run.code, 0) << run.err;
+  EXPECT_THAT(run.err, HasSubstr("warning: " + path("in.csv") +
+                                 ": the samples do not tell the terms of the linear trend apart; "
+                                 "the model of y has the constant one"));
+  EXPECT_EQ(run.json()["models"][0]["trend"], "constant");
+  EXPECT_EQ(run.json()["models"][0]["trend_terms"], 1);
+}
+
+TEST_F(Fit, WithoutATrendSaysSo) {
+  const Outcome run = fit("a,b,y\n0,0,1\n0,1,2\n1,0,3.5\n1,1,3\n", {"--trend", "none"});
+  EXPECT_EQ(run.code, 0) << run.err;
+  EXPECT_THAT(run.err, HasSubstr("y: gaussian, no trend, scaling both"));
+}
+
 TEST_F(Fit, DuplicatePointsAreWarnedAbout) {
   const Outcome run = fit("a,b,y\n0,0,1\n0,1,2\n1,0,3\n1,1,4.5\n0,0,1\n", {"--trend", "constant"});
   EXPECT_THAT(run.err, HasSubstr("warning: "));
@@ -251,6 +267,9 @@ TEST_F(Fit, FilesThatAreNotThereAreInputOutputFailures) {
   EXPECT_EQ(none.code, 4);
   EXPECT_THAT(none.err, HasSubstr("none.csv"));
   EXPECT_EQ(zarel({"fit", writeSamples(), "--inputs", "2", "-o", path("no/m")}).code, 4);
+  const std::string wrong = write("wrong.csv", "a,b,y\n1,2,x\n");
+  EXPECT_EQ(zarel({"fit", wrong, "--inputs", "2", "-o", path("no/m")}).code, 4)
+      << "the place of the model is tried before any work";
 }
 
 TEST_F(Fit, InfoTellsWhatTheModelHolds) {

@@ -97,6 +97,15 @@ TEST_F(Predict, StandardErrorsVanishAtSamples) {
   EXPECT_GT(rows[2][2], rows[1][2]);
 }
 
+TEST_F(Predict, StandardErrorsWithoutATrendAreToldToHaveNoUnit) {
+  const std::string mixed = fitModel("mixed.krg", {"--trend", "none,constant"});
+  const Outcome errors = zarel({"predict", mixed, writePoints(3), "-e"});
+  EXPECT_EQ(errors.code, 0) << errors.err;
+  EXPECT_THAT(errors.err, HasSubstr("warning: the standard errors of y run from 0 to 1"));
+  EXPECT_EQ(zarel({"predict", mixed, path("points.csv")}).err, "");
+  EXPECT_EQ(zarel({"predict", model_, path("points.csv"), "-e"}).err, "");
+}
+
 /** Standard errors need the factors again; the predictions must not move for that. */
 TEST_F(Predict, ErrorsDoNotChangeThePredictions) {
   writePoints(200, "many.csv");

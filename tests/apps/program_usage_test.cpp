@@ -41,7 +41,9 @@ TEST_F(Usage, HelpTellsCommandsOptionsAndDefaults) {
   for (const char* word : {"SAMPLES.csv", "--inputs", "--correlation", "gaussian", "--trend",
                            "--scaling", "--kernel", "--bounds", "0.01:20", "--groups"})
     EXPECT_THAT(fit.out, HasSubstr(word));
-  EXPECT_EQ(zarel({"predict", "--help"}).code, 0);
+  EXPECT_THAT(root.out, HasSubstr("--config FILE"));
+  for (const char* command : {"fit", "predict", "info", "refine"})
+    EXPECT_THAT(zarel({command, "--help"}).out, HasSubstr("see zarel --help"));
   EXPECT_EQ(zarel({"info", "-h"}).code, 0);
 }
 
@@ -66,6 +68,11 @@ TEST_F(Usage, WhatIsRequiredIsNamed) {
   EXPECT_THAT(wrong({"predict", "m"}), HasSubstr("points"));
   EXPECT_THAT(wrong({"info"}), HasSubstr("model"));
   EXPECT_THAT(wrong({"info", "m", "extra"}), HasSubstr("extra"));
+}
+
+TEST_F(Usage, WhatIsGivenTwiceIsNamed) {
+  EXPECT_THAT(wrong({"fit", "s.csv", "--inputs", "2", "-i", "3", "-o", "m"}),
+              HasSubstr("--inputs is given more than once"));
 }
 
 TEST_F(Usage, NumbersAreReadStrictly) {

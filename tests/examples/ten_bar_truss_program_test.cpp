@@ -31,6 +31,13 @@ protected:
 
 const char* const header = "a1,a2,a3,a4,a5,a6,a7,a8,a9,a10\n";
 
+TEST_F(TenBarTrussProgram, TellsHowItIsCalled) {
+  EXPECT_EQ(run("--help >'" + path("out") + "'"), 0);
+  EXPECT_EQ(read("out").substr(0, 21), "usage: ten_bar_truss ");
+  EXPECT_EQ(run("--nonsense"), 2);
+  EXPECT_NE(read("err").find("--help"), std::string::npos);
+}
+
 TEST_F(TenBarTrussProgram, WritesARowOfResultsForEachPoint) {
   write("p.csv", std::string(header) + "10,10,10,10,10,10,10,10,10,10\n5,6,7,8,9,10,11,12,13,14\n");
 

@@ -9,6 +9,7 @@
 #include "study.h"
 #include "study_report.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <limits>
 #include <memory>
@@ -151,6 +152,7 @@ public:
     const auto words = withFileArguments(splitCommand(settings_.options.command));
     const std::string program =
         findProgram(fillPlaceholders({words.front()}, {{"cwd", directory}}).front(), directory);
+    warnErrorsWithoutUnit();
     openStudy();
     const SimulationSettings simulation =
         simulationSettings(settings_, *study_, words, program, directory);
@@ -169,6 +171,15 @@ public:
   }
 
 private:
+  /// Without a trend the errors of a model have no unit, and a target means nothing for them.
+  void warnErrorsWithoutUnit() const {
+    const auto& trends = settings_.options.model.trend;
+    if (std::find(trends.begin(), trends.end(), 0) != trends.end())
+      globals_.console.warn("predicted errors of models without a trend are not in units of the "
+                            "outputs, so --target does not measure them",
+                            "choose --trend constant, or a richer one");
+  }
+
   void openStudy() {
     study_ = std::make_unique<Study>(
         settings_.options.study, globals_.force, settings_.identity, [this] {
@@ -238,7 +249,9 @@ void addRefine(CLI::App& root, Globals& globals) {
   refine::addSimulationOptions(command, *options);
   refine::addEndOptions(command, *options);
   addModelOptions(command, options->model);
-  command.footer("The study goes on where it was when the same command is given again.");
+  command.footer(
+      std::string("The study goes on where it was when the same command is given again.\n") +
+      globalsFooter());
   command.callback([options, &globals] {
     globals.action = [options, &globals] { refine::Session(*options, globals).run(); };
   });
