@@ -233,8 +233,8 @@ protected:
  * is done, as in a run of one process. All return 0.
  *
  * Failures: 2880 above 2147483647 values; the sender of Bcast throws it together with the
- * receivers, behind the first message. 2 for a negative dimension on arrival, and what Resize
- * throws, 2870 for a view that cannot grow among it. @{
+ * receivers, behind the first message. 2 for a negative dimension, and what Resize throws, 2870 for
+ * a view that cannot grow among it. @{
  */
 template <class T, class I>
 ZAREL_API int C_Vec_Send(C_Vec<T, I>* v, int handle, int destination);

@@ -44,6 +44,7 @@ private:
 template <class T, class I>
 void send(C_Communicator& world, C_Vec<T, I>& v, int handle, int destination) {
   I dimension = v.Dim();
+  if (dimension < 0) Zarel::fail(2);
   Values<T, I> values(v);
   values.collect();
   world.send(handle, destination, &dimension, 1);

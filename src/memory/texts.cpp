@@ -3,6 +3,7 @@
 
 #include <cstring>
 #include <cwchar>
+#include <exception>
 #include <new>
 
 #include <zarel/zarelmem.h>
@@ -62,7 +63,7 @@ wchar_t* zarel_tempnam(const wchar_t* directory, const wchar_t* prefix) {
   try {
     const std::string path = unusedTemporaryPath(directory, prefix);
     return path.empty() ? nullptr : zarel_char2Tchar(path.c_str());
-  } catch (const std::bad_alloc&) {
+  } catch (const std::exception&) { // no memory, or no source of random numbers
     return nullptr;
   }
 }

@@ -160,6 +160,9 @@ TEST_F(Hash, NullTableIsReported) {
   EXPECT_EQ(hashDelete(nullptr, "a"), -1);
   EXPECT_EQ(hashAdd(nullptr, "a", numbers), -1);
   EXPECT_EQ(errors(), Texts(3, "There is no hash table"));
+  const Table table = tableOf(1);
+  EXPECT_EQ(hashAdd(table.get(), nullptr, numbers), -1);
+  EXPECT_EQ(errors(), Texts{"The key is not in the hash table"});
   EXPECT_EQ(hashDestroy(nullptr), 0);
   EXPECT_EQ(errors(), Texts());
 }

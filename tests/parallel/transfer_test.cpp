@@ -212,7 +212,10 @@ TEST_F(TransferMessages, ReceiversRefuseWhatAnIntCannotCount) {
 }
 
 TEST_F(TransferMessages, ANegativeDimensionIsNoSize) {
-  install(-1);
+  Noting& noting = install(-1);
+  Wide none(-3);
+  EXPECT_EQ(codeOf([&] { none.Send(8, 3); }), 2);
+  EXPECT_EQ(noting.messages, Lines());
   Wide v(2, 1.0);
   EXPECT_EQ(codeOf([&] { v.Recv(8, 3); }), 2);
   EXPECT_EQ(v.Dim(), 2);
