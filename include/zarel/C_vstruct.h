@@ -495,6 +495,7 @@ private:
   unsigned __int64 initialOffSet_ = 0;
   unsigned __int64 blockGap_ = 0;
   std::wstring fileName_;
+  std::string boundPath_;  ///< the same as the system takes it: removing a file needs no memory
   std::wstring boundName_; ///< name of the file at hand; fileName_ may be preset for the next one
   unsigned __int64 fileSize_ = 0;
   bool memOwner_ = false;

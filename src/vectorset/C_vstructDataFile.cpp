@@ -22,9 +22,16 @@ constexpr mode_t ownerOnly = 0600;
 constexpr int mostTemporaryNames = 100;
 constexpr char defaultPrefix[] = "ZRLVS";
 
-int openNew(const std::wstring& name, int how) {
-  return systemCalls().open(toUtf8(name).c_str(), O_RDWR | O_CREAT | O_CLOEXEC | how, ownerOnly);
-}
+/** A file that is being made, under both forms of its name. */
+struct NewFile {
+  std::wstring name;
+  std::string path;
+
+  int open(int how) {
+    path = toUtf8(name);
+    return systemCalls().open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | how, ownerOnly);
+  }
+};
 
 std::wstring temporaryName(const std::wstring& prefix) {
   wchar_t* const name = zarel_tempnam(nullptr, prefix.c_str());
@@ -35,12 +42,12 @@ std::wstring temporaryName(const std::wstring& prefix) {
 }
 
 /** A file that nobody else has: should the name be taken meanwhile, another one is tried. */
-int openTemporary(const char* prefix, std::wstring& name) {
+int openTemporary(const char* prefix, NewFile& file) {
   const std::wstring wide = toWide(prefix == nullptr ? defaultPrefix : prefix);
   int fd = -1;
   for (int trial = 0; fd < 0 && trial < mostTemporaryNames; ++trial) {
-    name = temporaryName(wide);
-    fd = openNew(name, O_EXCL);
+    file.name = temporaryName(wide);
+    fd = file.open(O_EXCL);
     if (fd < 0 && errno != EEXIST) break;
   }
   return fd;
@@ -51,13 +58,14 @@ int openTemporary(const char* prefix, std::wstring& name) {
 template <class T>
 void C_VSTRUCT<T>::_CreateDataFile(std::wstring const& name, char const* prefix) {
   ZAREL_STEP("_CreateDataFile");
-  std::wstring chosen(name);
-  const int fd = chosen.empty() ? openTemporary(prefix, chosen) : openNew(chosen, O_TRUNC);
+  NewFile file{name, {}};
+  const int fd = name.empty() ? openTemporary(prefix, file) : file.open(O_TRUNC);
   if (fd < 0) fail(FileNotOpened, reasonInErrno);
   fileOpenedHere_ = true;
   fileDescriptor_ = fd;
   initialOffSet_ = 0;
-  boundName_.swap(chosen); // which cannot fail, so that the file has an owner from here on
+  boundName_.swap(file.name); // which cannot fail, so that the file has an owner from here on
+  boundPath_.swap(file.path);
   withMemory([&] { fileName_ = boundName_; });
   _setDataFileSize(_ComputeDataFileSize());
 }
@@ -114,9 +122,10 @@ template <class T>
 void C_VSTRUCT<T>::_RemoveDataFile(bool strict) {
   if (!memOwner_ || coreMode_ != 2) return;
   ZAREL_STEP("_RemoveDataFile");
-  if (!boundName_.empty() && zarel_unlink(boundName_.c_str()) != 0 && strict) return;
+  if (!boundPath_.empty() && systemCalls().unlink(boundPath_.c_str()) != 0 && strict) return;
   if (fileName_ == boundName_) fileName_.clear();
   boundName_.clear();
+  boundPath_.clear();
   fileSize_ = 0;
 }
 
@@ -125,6 +134,7 @@ template <class T>
 void C_VSTRUCT<T>::leaveFileBehind() {
   if ((!memOwner_ || coreMode_ == 1) && fileName_ == boundName_) fileName_.clear();
   boundName_.clear();
+  boundPath_.clear();
 }
 
 /** Takes a file as the set's own; its name stands until the file is removed or left behind. */
@@ -132,6 +142,7 @@ template <class T>
 void C_VSTRUCT<T>::bindFile(std::wstring const& name) {
   fileName_ = name;
   boundName_ = name;
+  boundPath_ = toUtf8(name);
 }
 
 } // namespace Zarel
