@@ -7,6 +7,7 @@
 #include "refine/refine.h"
 #include "report.h"
 #include "suggest.h"
+#include "svd/svd.h"
 #include "toml_config.h"
 #include "version.h"
 
@@ -165,7 +166,9 @@ int report(Globals& globals, const Failure& failure) {
 }
 
 void parseAndRun(Globals& globals, int argc, char** argv) {
-  CLI::App root("Kriging models of expensive simulations: design, fit, predict, refine.", "zarel");
+  CLI::App root("Kriging models of expensive simulations: design, fit, predict, refine; and the "
+                "decomposition of what they give.",
+                "zarel");
   root.require_subcommand(1);
   root.fallthrough();
   addGlobals(root, globals);
@@ -174,6 +177,7 @@ void parseAndRun(Globals& globals, int argc, char** argv) {
   addPredict(root, globals);
   addInfo(root, globals);
   addRefine(root, globals);
+  addSvd(root, globals);
   parse(root, globals, argc, argv);
   globals.console.setQuiet(globals.quiet);
   if (globals.action) globals.action();

@@ -126,6 +126,42 @@ std::string errorBar(const Frame& frame, double simulated, double predicted, dou
 
 } // namespace
 
+Chart screeChart(const std::vector<double>& values, const std::vector<double>& errors, int kept) {
+  Chart chart{1060, 400, {}};
+  std::vector<Series> all{{"singular values", "a", {}, true},
+                          {"error when cut there", "b", {}, true}};
+  constexpr double rounding = 1e-17; // below that there is rounding alone
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const double x = static_cast<double>(i) + 1, value = values[i] / values.front();
+    if (value > rounding) all[0].points.emplace_back(x, value);
+    if (errors[i] > rounding) all[1].points.emplace_back(x, errors[i]);
+  }
+  all.erase(
+      std::remove_if(all.begin(), all.end(), [](const Series& s) { return s.points.empty(); }),
+      all.end());
+  const auto [low, high] = errorRange(all, 0);
+  const double last = std::max<double>(2, static_cast<double>(values.size()));
+  Frame frame{64, 44, 830, 296, linearAxis(1, last, 8), logAxis(low, high)};
+  frame.xAxis.low = 1;
+  frame.xAxis.high = last;
+  auto& ticks = frame.xAxis.ticks;
+  ticks.erase(std::remove_if(ticks.begin(), ticks.end(),
+                             [&](double t) { return t < 1 || t > last || t != std::floor(t); }),
+              ticks.end());
+  chart.body += text(0, 18, "head", "Singular values relative to the largest");
+  chart.body += frame.grid(percentText);
+  chart.body += text(frame.left + frame.width / 2, frame.bottom() + 40, "tick middle", "number");
+  if (kept > 0) {
+    const double x = frame.x(std::min<double>(kept, last));
+    chart.body += line(x, frame.top, x, frame.bottom(), "target");
+    chart.body += text(x + 6, frame.top + 12, "good", std::to_string(kept) + " kept");
+  }
+  for (const Series& series : all)
+    chart.body += polyline(frame, series);
+  chart.body += endLabels(frame, all);
+  return chart;
+}
+
 Chart errorChart(const std::vector<RoundRecord>& rounds, double target) {
   Chart chart{1060, 400, {}};
   const std::vector<Series> all = errorSeries(rounds);

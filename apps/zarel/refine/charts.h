@@ -24,6 +24,12 @@ Chart scatterChart(const Comparison& comparison, std::size_t output, const std::
 /** How fast an output changes with each input: the kernel multipliers of one model as bars. */
 Chart multiplierChart(const std::vector<double>& theta, const std::vector<std::string>& inputs);
 
+/**
+ * Singular values relative to the largest, and the error of truncation after each, on a logarithmic
+ * scale, with a line behind the last vector that was kept.
+ */
+Chart screeChart(const std::vector<double>& values, const std::vector<double>& errors, int kept);
+
 } // namespace app::refine
 
 #endif

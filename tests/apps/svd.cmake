@@ -1,0 +1,7 @@
+# Tests of zarel svd; included by CMakeLists.txt of this folder.
+zarel_test(app_svd_test ROOM apps LIBRARIES zarel_app
+  SOURCES npy_test.cpp snapshots_test.cpp)
+zarel_test(app_svd_program_test ROOM apps LIBRARIES zarel_app
+  SOURCES program_support.cpp svd_program_test.cpp)
+target_compile_definitions(app_svd_program_test PRIVATE ZAREL_PROGRAM="$<TARGET_FILE:zarel_program>")
+add_dependencies(app_svd_program_test zarel_program)

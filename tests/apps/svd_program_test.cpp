@@ -1,0 +1,343 @@
+// zarel svd from outside: every kind of input, both solvers, in and out of core, and what it
+// leaves.
+#include "program_support.h"
+#include "snapshot_files.h"
+
+#include <algorithm>
+#include <cmath>
+#include <csignal>
+#include <gmock/gmock.h>
+#include <limits>
+#include <thread>
+
+using apptest::Around;
+using apptest::numbersOf;
+using apptest::Outcome;
+using apptest::Vectors;
+using apptest::Words;
+using ::testing::HasSubstr;
+
+namespace {
+
+constexpr std::size_t total = 9, length = 40;
+constexpr int usage = 2, badInput = 3, io = 4, interrupted = 130;
+
+/** Three directions of falling strength, mixed by cosines. */
+Vectors mixture() {
+  Vectors vectors;
+  for (std::size_t j = 0; j < total; ++j) {
+    std::vector<double> column(length);
+    for (std::size_t i = 0; i < length; ++i)
+      for (std::size_t k = 0; k < 3; ++k)
+        column[i] += std::pow(0.1, static_cast<double>(k)) *
+                     std::cos(static_cast<double>((k + 1) * i) / 9.0) *
+                     std::cos(static_cast<double>(k * j) / 3.0 + 1);
+    vectors.columns.push_back(column);
+  }
+  return vectors;
+}
+
+/** A vector set file as vectors. */
+Vectors vectorsOf(const std::string& bytes) {
+  std::int32_t counts[2] = {0, 0};
+  EXPECT_GE(bytes.size(), sizeof counts);
+  std::memcpy(counts, bytes.data(), sizeof counts);
+  Vectors vectors;
+  const std::size_t one = static_cast<std::size_t>(counts[1]) * sizeof(double);
+  EXPECT_EQ(bytes.size(), sizeof counts + static_cast<std::size_t>(counts[0]) * one);
+  for (std::size_t j = 0; j < static_cast<std::size_t>(counts[0]); ++j) {
+    vectors.columns.emplace_back(static_cast<std::size_t>(counts[1]));
+    std::memcpy(vectors.columns.back().data(), bytes.data() + sizeof counts + j * one, one);
+  }
+  return vectors;
+}
+
+double dot(const std::vector<double>& a, const std::vector<double>& b) {
+  double sum = 0;
+  for (std::size_t i = 0; i < a.size(); ++i)
+    sum += a[i] * b[i];
+  return sum;
+}
+
+/** The largest departure of a basis from orthonormality. */
+double departure(const Vectors& basis) {
+  double largest = 0;
+  for (std::size_t i = 0; i < basis.count(); ++i)
+    for (std::size_t j = 0; j <= i; ++j)
+      largest = std::max(largest,
+                         std::fabs(dot(basis.columns[i], basis.columns[j]) - (i == j ? 1.0 : 0.0)));
+  return largest;
+}
+
+/** The largest entry of the difference between the vectors and basis times coefficients. */
+double missing(const Vectors& vectors, const Vectors& basis,
+               const std::vector<std::vector<double>>& coefficients) {
+  double largest = 0;
+  for (std::size_t j = 0; j < vectors.count(); ++j)
+    for (std::size_t i = 0; i < vectors.length(); ++i) {
+      double sum = 0;
+      for (std::size_t k = 0; k < basis.count(); ++k)
+        sum += basis.columns[k][i] * coefficients[j][k];
+      largest = std::max(largest, std::fabs(sum - vectors.columns[j][i]));
+    }
+  return largest;
+}
+
+class Svd : public apptest::Program {
+protected:
+  Outcome svd(const Words& more, const Around& around = {}) const {
+    Words words{"svd"};
+    words.insert(words.end(), more.begin(), more.end());
+    return zarel(words, around);
+  }
+  /** Files that are not hidden, which is what a user finds. */
+  std::vector<std::string> names() const {
+    std::vector<std::string> found;
+    for (const auto& entry : std::filesystem::directory_iterator(folder_))
+      found.push_back(entry.path().filename().string());
+    std::sort(found.begin(), found.end());
+    return found;
+  }
+  std::string csvOf(const Vectors& vectors) const {
+    std::string text;
+    char number[40];
+    for (std::size_t i = 0; i < vectors.length(); ++i)
+      for (std::size_t j = 0; j < vectors.count(); ++j) {
+        std::snprintf(number, sizeof number, "%.17g", vectors.columns[j][i]);
+        text += number;
+        text += j + 1 < vectors.count() ? ',' : '\n';
+      }
+    return text;
+  }
+
+  const Vectors vectors_ = mixture();
+  const std::string set_ = write("vectors.set", setFile(vectors_));
+};
+
+TEST_F(Svd, LeavesBasisValuesCoefficientsAndPicture) {
+  for (const std::string method : {"lapack", "arpack"})
+    for (const std::string memory : {"1G", "1k"}) {
+      const Outcome run = svd({set_, "--method", method, "--memory", memory, "-k", "3", "-o",
+                               path("basis"), "--values", path("values.csv"), "--coefficients",
+                               path("c.csv"), "--plot", path("scree.svg"), "--force"});
+      ASSERT_EQ(run.code, 0) << run.err;
+
+      const Vectors basis = vectorsOf(read("basis"));
+      EXPECT_EQ(basis.count(), 3u);
+      EXPECT_LE(departure(basis), 1e-12);
+      EXPECT_LE(missing(vectors_, basis, numbersOf(read("c.csv"))), 1e-12);
+      const auto values = numbersOf(read("values.csv"));
+      ASSERT_GE(values.size(), 3u);
+      for (std::size_t i = 0; i < values.size(); ++i) {
+        EXPECT_EQ(values[i][0], static_cast<double>(i + 1));
+        EXPECT_EQ(values[i][3], i < 3 ? 1.0 : 0.0);
+        EXPECT_LE(values[i][1], values[i > 0 ? i - 1 : 0][1]);
+      }
+      EXPECT_THAT(read("scree.svg"), HasSubstr("<svg"));
+      EXPECT_THAT(read("scree.svg"), HasSubstr("3 kept"));
+    }
+  EXPECT_EQ(read("vectors.set"), setFile(vectors_)); // never changed
+}
+
+TEST_F(Svd, EveryKindOfInputGivesTheSameBasis) {
+  using apptest::npyDictionary;
+  using apptest::npyFile;
+  const std::string byVector = apptest::bytesOf(vectors_.byVector());
+  const std::string byRow = apptest::bytesOf(vectors_.byRow());
+  const std::vector<Words> inputs{
+      {set_},
+      {write("a.raw", byVector), "--vectors", "9"},
+      {write("r.raw", byRow), "--rows", "--length", "40"},
+      {write("f.npy", npyFile(npyDictionary(true, length, total), byVector))},
+      {write("c.npy", npyFile(npyDictionary(false, length, total), byRow)), "--rows"},
+      {write("t.npy", npyFile(npyDictionary(false, total, length), byVector)), "--transpose"},
+      {write("a.csv", csvOf(vectors_))},
+      {"-"}};
+  for (const std::string method : {"lapack", "arpack"})
+    for (const std::string memory : {"1G", "1k"}) {
+      std::string expected;
+      for (Words words : inputs) {
+        Around around;
+        if (words.front() == "-") around.input = csvOf(vectors_);
+        words.insert(words.end(), {"--method", method, "--memory", memory, "-k", "2", "-o",
+                                   path("basis"), "-f", "--values", path("values.csv")});
+        const Outcome run = svd(words, around);
+        ASSERT_EQ(run.code, 0) << words.front() << run.err;
+        if (expected.empty()) expected = read("values.csv");
+        EXPECT_EQ(read("values.csv"), expected) << words.front();
+        EXPECT_EQ(vectorsOf(read("basis")).count(), 2u);
+      }
+    }
+}
+
+TEST_F(Svd, TheThresholdDecidesByTheTable) {
+  const Outcome run = svd({set_, "-t", "0.05", "--json"});
+  ASSERT_EQ(run.code, 0) << run.err;
+  const auto report = run.json();
+  const std::vector<double> values = report["singular_values"], errors = report["errors"];
+  const auto kept = report["kept"].get<std::size_t>();
+
+  double whole = 0, sum = 0;
+  for (const double value : values)
+    whole += value;
+  for (std::size_t i = 0; i < kept; ++i)
+    sum += values[i];
+  EXPECT_EQ(values.size(), total);
+  EXPECT_NEAR(errors[kept - 1], 1 - sum / whole, 1e-12);
+  EXPECT_LE(errors[kept - 1], 0.05);
+  EXPECT_GT(errors[kept - 2], 0.05);
+}
+
+TEST_F(Svd, TheMemoryChoosesStorageAndSolver) {
+  const auto small = svd({set_, "--memory", "1k", "--json"}).json();
+  const auto large = svd({set_, "--memory", "1M", "--json"}).json();
+
+  EXPECT_EQ(small["storage"], "out of core");
+  EXPECT_EQ(small["method"], "arpack");
+  EXPECT_GT(small["products"].get<int>(), 0);
+  EXPECT_EQ(large["storage"], "in core");
+  EXPECT_EQ(large["method"], "lapack");
+  EXPECT_EQ(large["vectors"], total);
+  EXPECT_EQ(large["length"], length);
+}
+
+TEST_F(Svd, WithoutOutputsTheValuesGoToStandardOutput) {
+  const Outcome run = svd({set_});
+
+  EXPECT_EQ(run.code, 0) << run.err;
+  EXPECT_EQ(apptest::firstLine(run.out), "number,singular_value,error,kept");
+  EXPECT_EQ(numbersOf(run.out).size(), total);
+}
+
+TEST_F(Svd, AllVectorsOfTheRestartedSolverAreCompleted) {
+  const Outcome run = svd({write("id.csv", "3,0,0\n0,2,0\n0,0,1\n0,0,0\n"), "--method", "arpack",
+                           "-k", "3", "-o", path("basis"), "--json"});
+
+  ASSERT_EQ(run.code, 0) << run.err;
+  const std::vector<double> values = run.json()["singular_values"];
+  ASSERT_EQ(values.size(), 3u);
+  EXPECT_NEAR(values[2], 1, 1e-12);
+  EXPECT_LE(departure(vectorsOf(read("basis"))), 1e-12);
+}
+
+TEST_F(Svd, InPlaceTurnsASetFileIntoItsBasis) {
+  for (const std::string method : {"lapack", "arpack"}) {
+    const std::string file = write("in.set", setFile(vectors_));
+    const Outcome run = svd({file, "--in-place", "--method", method, "-k", "2", "--coefficients",
+                             path("c.csv"), "--values", path("v.csv"), "-f"});
+
+    ASSERT_EQ(run.code, 0) << run.err;
+    const Vectors basis = vectorsOf(read("in.set"));
+    EXPECT_EQ(basis.count(), 2u);
+    EXPECT_EQ(basis.length(), length);
+    EXPECT_LE(departure(basis), 1e-12);
+    EXPECT_LE(missing(vectors_, basis, numbersOf(read("c.csv"))), 0.05); // the third direction
+  }
+}
+
+TEST_F(Svd, TheInputIsNeverAnOutput) {
+  for (const char* option : {"-o", "--values", "--coefficients", "--plot"}) {
+    const Outcome run = svd({set_, option, set_, "--force"});
+    EXPECT_EQ(run.code, usage);
+    EXPECT_THAT(run.err, HasSubstr("never overwritten"));
+  }
+  EXPECT_EQ(read("vectors.set"), setFile(vectors_));
+}
+
+TEST_F(Svd, OutputsAreNotOverwrittenUnasked) {
+  write("basis", "old");
+
+  EXPECT_EQ(svd({set_, "-o", path("basis")}).code, usage);
+  EXPECT_EQ(read("basis"), "old");
+  EXPECT_EQ(svd({set_, "-o", path("basis"), "-f"}).code, 0);
+}
+
+TEST_F(Svd, NamesTheFirstVectorThatHoldsNoFiniteNumber) {
+  Vectors broken = vectors_;
+  broken.columns[4][7] = std::numeric_limits<double>::quiet_NaN();
+  broken.columns[6][0] = std::numeric_limits<double>::infinity();
+  const std::string file = write("broken.set", setFile(broken));
+  for (const std::string method : {"lapack", "arpack"}) {
+    const Outcome run = svd({file, "--method", method, "-o", path("basis")});
+
+    EXPECT_EQ(run.code, badInput);
+    EXPECT_THAT(run.err, HasSubstr("vector 5 holds a value that is not a finite number"));
+    EXPECT_THAT(run.err, ::testing::Not(HasSubstr("***")));
+    EXPECT_FALSE(exists("basis"));
+  }
+}
+
+TEST_F(Svd, WishesThatDoNotFitAreUsageErrors) {
+  const std::string wideOne = write("wide.csv", "1,2,3\n4,5,7\n");
+  for (const Words& words : std::vector<Words>{{set_, "-k", "10"},
+                                               {set_, "-k", "0"},
+                                               {set_, "-k", "2", "-t", "0.1"},
+                                               {set_, "-t", "-0.1"},
+                                               {set_, "--memory", "much"},
+                                               {set_, "--memory", "0"},
+                                               {set_, "--method", "magic"},
+                                               {set_, "--rows"},
+                                               {set_, "--format", "set", "--vectors", "9"},
+                                               {set_, "--values", "-", "--coefficients", "-"},
+                                               {set_, "--json", "-o", "-"},
+                                               {set_, "--in-place", "-o", path("basis")},
+                                               {wideOne, "--method", "arpack"},
+                                               {wideOne, "--in-place"}}) {
+    const Outcome run = svd(words);
+    EXPECT_EQ(run.code, usage) << ::testing::PrintToString(words) << run.err;
+  }
+}
+
+TEST_F(Svd, BadFilesAreBadInput) {
+  EXPECT_EQ(svd({write("short", "1234")}).code, badInput);
+  EXPECT_EQ(svd({write("cut", setFile(vectors_).substr(0, 100))}).code, badInput);
+  EXPECT_EQ(svd({write("x.csv", "a,b\n1,2\n3,x\n")}).code, badInput);
+  EXPECT_EQ(svd({path("nothing")}).code, io);
+}
+
+TEST_F(Svd, AReadOnlyInputIsEnough) {
+  std::filesystem::permissions(set_, std::filesystem::perms::owner_read);
+
+  EXPECT_EQ(svd({set_, "--memory", "1k", "-o", path("basis"), "-k", "2"}).code, 0);
+}
+
+TEST_F(Svd, AFullDiskIsToldAndLeavesNoOutput) {
+  const Outcome run = svd({set_, "-o", "/dev/full"});
+
+  EXPECT_EQ(run.code, io);
+  EXPECT_THAT(run.err, HasSubstr("No space left"));
+}
+
+TEST_F(Svd, AKilledRunLeavesNoPartialOutput) {
+  // Large enough to be killed in the middle, whatever the machine.
+  Vectors large;
+  std::uint64_t state = 1;
+  for (std::size_t j = 0; j < 120; ++j) {
+    large.columns.emplace_back(20000);
+    for (double& value : large.columns.back())
+      value = static_cast<double>((state = state * 6364136223846793005ULL + 1) >> 11);
+  }
+  const std::string file = write("large.set", setFile(large));
+  const auto before = names();
+  for (const int signal : {SIGKILL, SIGINT})
+    for (const std::string method : {"lapack", "arpack"}) {
+      Around around;
+      around.meanwhile = [signal](pid_t child) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(60));
+        kill(child, signal);
+      };
+      const Outcome run = svd({file, "--method", method, "-o", path("basis"), "--coefficients",
+                               path("c.csv"), "--values", path("v.csv")},
+                              around);
+
+      if (run.code == 0) { // too fast to be caught
+        for (const char* name : {"basis", "c.csv", "v.csv"})
+          std::filesystem::remove(path(name));
+        continue;
+      }
+      EXPECT_TRUE(run.signal == signal || run.code == interrupted) << run.code << run.err;
+      EXPECT_EQ(names(), before);
+    }
+}
+
+} // namespace
