@@ -5,8 +5,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <sstream>
+#include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -524,6 +523,27 @@ TEST(MemManagerOfTheProcess, TagsAreReachedFromC) {
   zarel_free_tag(tag);
   EXPECT_EQ(zarel_tag_maxmemsize(tag), 0u);
   EXPECT_EQ(zarel_get_new_tag(), tag);
+  ReleaseGlobalMemManager();
+}
+
+// The books may miss some of it, but every block is whole.
+TEST(MemManagerOfTheProcess, ThreadsThatAllocateAtOnceGetSoundBlocks) {
+  getGlobalMemManager();
+  const auto work = [](unsigned char mark) {
+    for (int k = 1; k < 5000; ++k) {
+      const auto size = static_cast<size_t>(k % 300 + 1);
+      auto* const block = static_cast<unsigned char*>(zarel_malloc(size, "test", 1));
+      std::memset(block, mark, size);
+      if (block[0] != mark || block[size - 1] != mark) ADD_FAILURE() << k;
+      zarel_free(block);
+    }
+  };
+
+  std::vector<std::thread> threads;
+  for (unsigned char mark = 1; mark <= 4; ++mark)
+    threads.emplace_back(work, mark);
+  for (std::thread& thread : threads)
+    thread.join();
   ReleaseGlobalMemManager();
 }
 
