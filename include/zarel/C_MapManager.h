@@ -22,6 +22,10 @@ struct __2Handles {
   /** A range of the file that is known to have its place on the disk. */
   unsigned __int64 solidFrom = 0;
   unsigned __int64 solidTo = 0; ///< The end of that range.
+  /** Device and number of the file behind the caller's descriptor at the first view, 0 without
+   * one: a descriptor that has become another file's is not taken for it. */
+  unsigned __int64 device = 0;
+  unsigned __int64 number = 0; ///< The file's number on that device.
 };
 
 /** What a host knows of its next accesses to a view. */
@@ -119,7 +123,8 @@ public:
    * @param fd      the descriptor that the file is known by. At its first view the file is opened
    *                through this descriptor if its access suffices (reading for mode 0, reading and
    *                writing for mode 2), else by `file`; later views use what that gave, whatever
-   *                their mode and name.
+   *                their mode and name. A descriptor that was closed and is now another file's is
+   *                seen, and opens that file.
    * @param file    the file's name; may be null if the descriptor serves. Mode 2 creates a file
    *                that does not exist (for its owner only).
    * @param mode    2 to read and write, 0 to read
@@ -159,6 +164,7 @@ private:
 
   __2Handles& HandlesOf(int fd, const wchar_t* file, int mode);
   void OpenHandles(__2Handles& handles, int fd, const wchar_t* file, int mode);
+  void ForgetIfStale(int fd);
 
   std::map<int, __2Handles> _handles;
   unsigned int _granularity;

@@ -26,6 +26,18 @@ bool serves(int fd, int mode) {
   return access == O_RDWR || (access == O_RDONLY && mode != mapReadWrite);
 }
 
+// Notes which file a descriptor is of; nothing if it is of none.
+void identify(int fd, __2Handles& handles) {
+  struct stat status;
+  if (fd < 0 || systemCalls().fstat(fd, &status) != 0) return;
+  handles.device = status.st_dev;
+  handles.number = status.st_ino;
+}
+
+int closeHandle(const __2Handles& handles) {
+  return handles.file < 0 ? 0 : systemCalls().close(handles.file);
+}
+
 } // namespace
 
 template class C_Singleton<C_MapManager>;
@@ -34,15 +46,30 @@ C_MapManager::C_MapManager() : _granularity(static_cast<unsigned int>(pageSize()
 
 C_MapManager::~C_MapManager() {
   for (const auto& entry : _handles)
-    if (entry.second.file >= 0) systemCalls().close(entry.second.file);
+    closeHandle(entry.second);
+}
+
+// A caller may have closed a descriptor without releasing it, and the system gives its number to
+// the next file. Views of that one must not show the former.
+void C_MapManager::ForgetIfStale(int fd) {
+  const auto entry = _handles.find(fd);
+  if (entry == _handles.end()) return;
+  __2Handles now;
+  identify(fd, now);
+  const bool same = now.device == entry->second.device && now.number == entry->second.number;
+  if (same || (now.device == 0 && now.number == 0)) return;
+  closeHandle(entry->second);
+  _handles.erase(entry);
 }
 
 void C_MapManager::OpenHandles(__2Handles& handles, int fd, const wchar_t* file, int mode) {
+  identify(fd, handles);
   handles.file = serves(fd, mode) ? systemCalls().duplicate(fd) : openForViews(file, mode);
   if (handles.file < 0 || !takeSize(handles)) fail(MapFailed);
 }
 
 __2Handles& C_MapManager::HandlesOf(int fd, const wchar_t* file, int mode) {
+  ForgetIfStale(fd);
   const auto [entry, fresh] = _handles.try_emplace(fd);
   if (!fresh) return entry->second;
   try {
@@ -71,9 +98,9 @@ void C_MapManager::UnMapPtr(C_MapPtr* ptr) {
 void C_MapManager::ReleaseFileHandle(int& fd) {
   const auto entry = _handles.find(fd);
   if (entry == _handles.end()) return;
-  const int file = entry->second.file;
+  const __2Handles handles = entry->second;
   _handles.erase(entry);
-  if (file >= 0 && systemCalls().close(file) != 0) fail(HandleNotClosed);
+  if (closeHandle(handles) != 0) fail(HandleNotClosed);
 }
 
 void C_MapManager::CloseDataFile(int& fd) {

@@ -189,6 +189,33 @@ TEST_F(MapManager, AViewToWriteOnAFileOpenedToReadIsRefused) {
   manager->CloseDataFile(reading);
 }
 
+TEST_F(MapManager, ADescriptorThatHasBecomeAnotherFilesShowsThatFile) {
+  map(0, 0, 4);
+  view.UnMap();
+  const size_t before = openDescriptors();
+  support::writeBytes(directory.file("other"), "other file");
+  const int other = open(directory.file("other").c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_EQ(dup2(other, fd), fd);
+  close(other);
+
+  manager->MapPtr(&view, fd, nullptr, 0, 0, 5);
+
+  EXPECT_EQ(shown(5), "other");
+  EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST_F(MapManager, ADescriptorThatIsClosedStillShowsItsFile) {
+  map(0, 0, 4);
+  view.UnMap();
+  close(fd);
+
+  map(0, 5, 4);
+
+  EXPECT_EQ(shown(4), bytes(9).substr(5));
+  manager->ReleaseFileHandle(fd);
+  fd = -1;
+}
+
 TEST_F(MapManager, AnEmptyFileIs13ThenStaysInTheTableUntilReleased) {
   support::writeBytes(name, "");
   expectFailure(13, 0, [this] { map(2, 0, 1); });
