@@ -1,6 +1,7 @@
 #include "version.h"
 
 #include <zarel/blas_info.h>
+#include <zarel/version.h>
 
 namespace app {
 
