@@ -47,7 +47,9 @@ TEST_F(Cbf, TransfersCountWholeElements) {
   EXPECT_EQ(CBF_read64(read, 0, 4, fd()), 0u);
   EXPECT_EQ(CBF_write64(read, 0, 4, fd()), 0u);
   EXPECT_EQ(CBF_read64(read, 4, 0, fd()), 0u);
+  errno = 0;
   EXPECT_EQ(CBF_read64(read, SIZE_MAX / 2, 3, fd()), 0u);
+  EXPECT_EQ(errno, EINVAL) << "more bytes than memory can hold";
   EXPECT_EQ(CBF_write64(read, 1, 1, -1), 0u);
 }
 

@@ -119,6 +119,15 @@ TEST_F(Frames, ChangedHooksDoNotCloseOpenFrames) {
   EXPECT_EQ(events, (std::vector<std::string>{"begin work", "end work"}));
 }
 
+TEST_F(Frames, FrameOfAClearedStackClosesWithAnEmptyText) {
+  std::thread([] {
+    installTimeManager();
+    const Zarel::C_Trace frame("work", "a.cpp", 1, nullptr, noteEnd);
+    GlobalCallstackCollection().GetCurrentCallStack()->Clear();
+  }).join();
+  EXPECT_EQ(events, (std::vector<std::string>{"time+ work", "end ", "time- "}));
+}
+
 TEST_F(Frames, ThreadsHaveStacksOfTheirOwn) {
   const Zarel::C_Trace frame("main", "a.cpp", 1);
   size_t other = 99;
@@ -144,9 +153,26 @@ TEST_F(Frames, PopOfAnEmptyStackLeavesItEmptyAndTellsTheTimeManager) {
   EXPECT_EQ(events, (std::vector<std::string>{"time- "}));
 }
 
+TEST_F(Frames, TopFollowsEveryChange) {
+  C_CallStack stack;
+  const auto behindLast = [&] { return stack.GetStack().data() + stack.GetStack().size(); };
+  stack.Push(C_Entry("a", "a.cpp", 1));
+  stack.Push(C_Entry("b", "b.cpp", 2));
+  EXPECT_EQ(stack.GetTop(), behindLast());
+  stack.Pop();
+  EXPECT_EQ(stack.GetTop(), behindLast());
+  const C_CallStack& same = stack;
+  stack = same;
+  EXPECT_EQ(stack.GetStack().size(), 1u) << "assignment to itself";
+  stack.Clear();
+  EXPECT_EQ(stack.GetTop(), behindLast());
+}
+
 TEST_F(Frames, StackIsReservedForThirtyEntries) {
   C_CallStack stack;
   EXPECT_GE(stack.GetStack().capacity(), 30u);
+  EXPECT_EQ(stack.GetTop(), stack.GetStack().data()) << "behind the last of none";
+  EXPECT_FALSE(stack.GetMark());
 }
 
 TEST_F(Frames, ClearRemovesAllAndSaysNothing) {

@@ -1,5 +1,7 @@
 // The log file.
 #include <cerrno>
+#include <filesystem>
+#include <iterator>
 #include <unistd.h>
 
 #include "runtime/fixture.h"
@@ -109,6 +111,28 @@ TEST_F(Log, OpenAndCloseMayBeRepeated) {
   EXPECT_EQ(t.openLogFile(), 0);
   EXPECT_EQ(t.setLogFilename("", true), 0);
   EXPECT_EQ(t.closeLogFile(), 0);
+}
+
+// The descriptors of the process, one of them the listing's own.
+size_t openDescriptors() {
+  const std::filesystem::directory_iterator all("/proc/self/fd");
+  return static_cast<size_t>(std::distance(begin(all), end(all)));
+}
+
+TEST_F(Log, NoFileStaysOpen) {
+  const size_t before = openDescriptors();
+  tool("own").setLogFilename(name, true);
+  tool("own").openLogFile();
+  tool("own").openLogFile();
+  EXPECT_EQ(openDescriptors(), before + 1) << "the second open closed the first";
+  tool("own").setLogFilename(name, true);
+  EXPECT_EQ(openDescriptors(), before) << "a new name closes it";
+  tool("own").openLogFile();
+  tool("own").closeLogFile();
+  EXPECT_EQ(openDescriptors(), before);
+  tool("own").openLogFile();
+  delete C_MessageTool::Instance("own");
+  EXPECT_EQ(openDescriptors(), before) << "and so does the end of the tool";
 }
 
 TEST_F(Log, DefaultNameFallsBackToTheWorkingDirectory) {

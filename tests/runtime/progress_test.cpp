@@ -47,6 +47,18 @@ TEST_F(Progress, LastValueIsKeptEvenIfNobodyListened) {
   EXPECT_EQ(noting.lines, (Lines{"progress 0 20 b"}));
 }
 
+TEST_F(Progress, LastValueIsZeroAtFirst) {
+  C_MessageTool::SetProgress(-1, message("a", E_MsgProgress, 0, 0, SCREEN));
+  EXPECT_EQ(noting.lines, (Lines{"progress 0 0 a"}));
+}
+
+TEST_F(Progress, ZeroIsAValueOfItsOwn) {
+  C_MessageTool::SetProgress(20, message("a", E_MsgProgress, 0, 0, SCREEN));
+  C_MessageTool::SetProgress(0, message("b", E_MsgProgress, 0, 0, SCREEN));
+  C_MessageTool::SetProgress(-1, message("c", E_MsgProgress, 0, 0, SCREEN));
+  EXPECT_EQ(noting.lines, (Lines{"progress 0 20 a", "progress 0 0 b", "progress 0 0 c"}));
+}
+
 TEST_F(Progress, ClosingForgetsTheValue) {
   C_MessageTool::OpenProgress(50, "fit");
   C_MessageTool::SetProgress(20, "a", 0);

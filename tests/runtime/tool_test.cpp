@@ -296,6 +296,8 @@ TEST_F(Tool, FailingControllerDoesNotStopTheOthers) {
   noting.result = 3;
   EXPECT_EQ(C_MessageTool::HandleMessage(message("t")), -1);
   EXPECT_EQ(noting.lines.size(), 3u);
+  EXPECT_EQ(C_MessageTool::HandleMessage(message("t", E_MsgError)), -1);
+  EXPECT_EQ(noting.lines.size(), 9u) << "and the call stack follows";
 }
 
 TEST_F(Tool, DevNullSwallowsEverything) {
@@ -476,7 +478,10 @@ TEST_F(Tool, WithoutMemoryForAToolTheBoxSpeaks) {
 
   EXPECT_THAT(boxesWithoutMemory([&] { EXPECT_EQ(C_MessageTool::HandleCallStack(m, 9), 0); }),
               Contains(head + "callstack."));
-  EXPECT_THAT(boxesWithoutMemory([&] { C_MessageTool::HandleMessage(m); }),
+  EXPECT_THAT(boxesWithoutMemory([&] {
+                const int result = C_MessageTool::HandleMessage(m);
+                EXPECT_EQ(result, boxes.empty() ? 0 : -1);
+              }),
               Contains(head + "message id=0 type=4 level=2"));
   EXPECT_THAT(boxesWithoutMemory([&] { C_MessageTool::HandleMessageArg(code(7), E_MsgInfo, 3); }),
               Contains(head + "message id=7 type=1 level=3"));
