@@ -87,8 +87,7 @@ C_MapPtr* C_MapManager::MapPtr(C_MapPtr* ptr, int fd, const wchar_t* file, int m
   C_MapPtr* const view = ptr ? ptr : made.get();
   view->Init(mode);
   view->MapToFile(offset, length, _granularity, &HandlesOf(fd, file, mode));
-  made.release();
-  return view;
+  return made ? made.release() : view;
 }
 
 void C_MapManager::UnMapPtr(C_MapPtr* ptr) {
