@@ -11,7 +11,7 @@ import sys
 
 C_FAMILIES = re.compile(r"^(ITF_|zarel|BF_|CBF_|LM_|LIS_|LTE_|hash|MSG_|Msg_|is_|switch_|set(Err|Msg|Warn)Aff|"
                         r"Erreur|Warning|fct_Trace|cTimeManager|Swap|AddFile|RemFile|IsFile|TPrintStr|"
-                        r"getGlobal|ReleaseGlobal|SetXternal|BegFunc|EndFunc|F_Chunks|GlobalCallstack|"
+                        r"getGlobal|ReleaseGlobal|free_variables_zarel|SetXternal|BegFunc|EndFunc|F_Chunks|GlobalCallstack|"
                         # the matrix kernel
                         r"(v|zv|m|zm|px|iv|lv|vec(m|mp|mw))_[a-zA-Z]|_z?[a-z]+__$|mem_(info|stat|bytes|numvar|attach|"
                         r"detach)|BT_fill|s?mrand|skipjunk$|init_kernel$|"

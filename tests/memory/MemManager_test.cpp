@@ -18,6 +18,7 @@
 #include "memory/elapsed.h"
 #include "support/FailingAllocation.h"
 #include "support/Files.h"
+#include "support/Slots.h"
 #include "system/machine.h"
 
 namespace {
@@ -118,6 +119,16 @@ TEST_F(MemManager, PutsAHeaderOf16BytesBeforeABlock) {
   EXPECT_EQ(header.size, 116u);
   EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % 16, 0u);
   manager.Free(block, __FILE__, __LINE__);
+}
+
+TEST(MemManagerTable, HasItsOperationsInTheOrderThatHostsCountOn) {
+  using M = C_MemManager;
+
+  const auto slots = support::slotsOf(&M::SetMinSizeForExtAlloc, &M::InfoMem, &M::TotalMem,
+                                      &M::AvailMem, &M::AllocMem, &M::Malloc, &M::Calloc,
+                                      &M::Realloc, &M::Free, &M::HandleError);
+
+  EXPECT_EQ(slots, support::consecutive(support::afterDestructor, slots));
 }
 
 TEST_F(MemManager, BooksRequestAndHeader) {
