@@ -50,10 +50,7 @@ int KrigingList<T>::ReSolve() {
 
 template <class T>
 int KrigingList<T>::EvalModel(Matrix& X, Matrix& Y) {
-  int none = 0;
-  Matrix points;
-  double error = 0.0;
-  return EvalModel(X, Y, none, points, error, false);
+  return Zarel::predictOnly(*this, X, Y);
 }
 
 template <class T>

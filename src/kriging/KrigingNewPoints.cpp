@@ -6,6 +6,7 @@
 #include <zarel/Kriging.h>
 
 #include "kriging/KrigingWorkspace.h"
+#include "kriging/columns.h"
 #include "kriging/dense.h"
 #include "kriging/instantiate.h"
 
@@ -16,13 +17,6 @@ double norm(int n, double* x) {
 }
 double norm(int n, Zarel::Complex* x) {
   return ITF_dznrm2(n, x, 1);
-}
-
-/** Copies row `from` of one matrix over row `to` of another. */
-template <class T>
-void copyRow(C_MatMGe<T>& source, int from, C_MatMGe<T>& target, int to) {
-  for (int j = 0; j < target.NbCol(); ++j)
-    target[j][to] = source[j][from];
 }
 
 /** Squared distance of row i of A from row k of B over n coordinates. */
@@ -95,7 +89,7 @@ int Kriging<T>::ProposePoints(Matrix& points, Matrix& Y, RealMatrix& E, int& num
   if (numNew == 0) return 0;
   Matrix chosen(numNew, points.NbCol());
   for (int k = 0; k < numNew; ++k)
-    copyRow(points, ids[k], chosen, k);
+    Zarel::copyRow(points, ids[k], chosen, k);
   newPoints.Copy(chosen);
   return 0;
 }
@@ -124,7 +118,7 @@ int Kriging<T>::CheckNewPoints(Matrix& X, Matrix& accepted, int*& ids, double to
     double distance = toler; // holds as long as there is nothing to be close to
     if (!IsFarFromRows(X, i, InpSampMtx, InpSampMtx.NbRow(), limit, distance)) continue;
     if (!IsFarFromRows(X, i, chosen, count, limit, distance)) continue;
-    copyRow(X, i, chosen, count);
+    Zarel::copyRow(X, i, chosen, count);
     ids[count++] = i;
   }
   if (count == 0) {
@@ -133,7 +127,7 @@ int Kriging<T>::CheckNewPoints(Matrix& X, Matrix& accepted, int*& ids, double to
   }
   Matrix packed(count, X.NbCol());
   for (int k = 0; k < count; ++k)
-    copyRow(chosen, k, packed, k);
+    Zarel::copyRow(chosen, k, packed, k);
   accepted.Copy(packed);
   return 0;
 }

@@ -9,6 +9,7 @@
 #include "kriging/dense.h"
 #include "kriging/instantiate.h"
 #include "kriging/layout.h"
+#include "kriging/models.h"
 #include "kriging/scaling.h"
 #include "kriging/trend.h"
 
@@ -204,10 +205,7 @@ int Kriging<T>::PredictTestPoints(Matrix& Y, RealMatrix* E) {
 
 template <class T>
 int Kriging<T>::EvalModel(Matrix& X, Matrix& Y) {
-  int numNew = 0;
-  Matrix newPoints;
-  double maxRelErr = 0.0;
-  return EvalModel(X, Y, numNew, newPoints, maxRelErr, false);
+  return Zarel::predictOnly(*this, X, Y);
 }
 
 template <class T>

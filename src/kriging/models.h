@@ -1,6 +1,7 @@
 /**
  * @file models.h
- * The loops over the models of a list: the first failure ends them.
+ * What models and lists do alike, and the loops over the models of a list: the first failure ends
+ * them.
  */
 #ifndef ZAREL_KRIGING_MODELS_H
 #define ZAREL_KRIGING_MODELS_H
@@ -8,6 +9,15 @@
 #include <zarel/Kriging.h>
 
 namespace Zarel {
+
+/// The plain prediction of a model or a list: the full one, with no points wanted.
+template <class Model, class T>
+int predictOnly(Model& model, C_MatMGe<T>& X, C_MatMGe<T>& Y) {
+  int none = 0;
+  C_MatMGe<T> points;
+  double error = 0.0;
+  return model.EvalModel(X, Y, none, points, error, false);
+}
 
 /// Calls `act(model, i)` for each model. @return 1 at the first result that is not 0.
 template <class T, class Act>

@@ -397,6 +397,9 @@ TEST_F(Refine, TooManyFailuresEndIt) {
   EXPECT_EQ(run.code, 6);
   EXPECT_THAT(run.err, HasSubstr("--max-failures"));
   EXPECT_EQ(callCount("s"), 3);
+  const std::string failed = read("s/failed.csv");
+  EXPECT_EQ(std::count(failed.begin(), failed.end(), '\n'), 1 + 3);
+  EXPECT_THAT(failed, HasSubstr("mesh collapsed"));
   EXPECT_EQ(zarel(study("s", {"--max-failures", "2"}, "--fail-above -1")).code, 6);
   EXPECT_EQ(callCount("s"), 3);
 }

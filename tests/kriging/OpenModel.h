@@ -115,6 +115,8 @@ public:
   using Kriging<T>::KernSearchRotate;
   using Kriging<T>::FitAtKernel;
   using Kriging<T>::EvalStartKernel;
+  using Kriging<T>::EvalKernel;
+  using Kriging<T>::TryKernel;
 
   void clearStale() { TestCorrStale = TestPolyStale = false; }
 

@@ -174,6 +174,20 @@ TEST(KrigingFit, CriterionMultipliesInGroupsThatStayInRange) {
   EXPECT_NEAR(std::log10(model.MLEValue), log10, 1e-12);
 }
 
+TEST(KrigingFit, ACorrelationOfExactlyTheDropLevelIsKept) {
+  C_MatMGe<double> X = fit::matrix({{0.0}, {0.75}}), Y = fit::matrix({{1.0}, {2.0}});
+  for (const double level : {0.25, 0.2500001}) {
+    Probe<double> model;
+    fit::load(model, X, Y);
+    model.PutPolynomType(E_PolyNone);
+    model.PutCorrFuncType(E_CorrLin); // 1 - 0.75
+    model.PutDropToler(level);
+    fit::setKernel(model, {1.0});
+    ASSERT_EQ(model.Solve(), 0);
+    EXPECT_EQ(model.InvCholFactor(1, 0) != 0.0, level == 0.25);
+  }
+}
+
 TEST(KrigingFit, CriterionCountsEveryEntryWhereverTheGroupsEnd) {
   for (int order : {1, 2, 20, 21, 22, 41}) {
     C_MatMSym<double> factor(order, 1);
@@ -382,16 +396,26 @@ TEST_F(KrigingSolve, DuplicatedSamplesAreHeldApartByTheDiagonal) {
 
 // ----- the form of Solve that adds samples -------------------------------------------------------
 
-TEST_F(KrigingSolve, AddsFarCandidatesAndReports) {
-  ASSERT_EQ(model.Solve(), 0);
-  C_MatMGe<double> candidates = fit::matrix({{3.0, 3.0}, {-3.0, 2.0}});
-  C_MatMGe<double> values = fit::responseAt(candidates, 1), newPoints, all;
+class KrigingSolveAdding : public KrigingSolve {
+protected:
+  void SetUp() override {
+    KrigingSolve::SetUp();
+    ASSERT_EQ(model.Solve(), 0);
+  }
+  int add(C_MatMGe<double> candidates, C_MatMGe<double> values) {
+    return model.Solve(candidates, values, relative, absolute, numNew, newPoints, numSamp, all,
+                       0.01);
+  }
+
+  C_MatMGe<double> newPoints, all;
   double relative = -1.0, absolute = -1.0;
   int numNew = -1, numSamp = -1;
+};
 
-  ASSERT_EQ(
-      model.Solve(candidates, values, relative, absolute, numNew, newPoints, numSamp, all, 0.01),
-      0);
+TEST_F(KrigingSolveAdding, TakesFarCandidatesAndReports) {
+  C_MatMGe<double> candidates = fit::matrix({{3.0, 3.0}, {-3.0, 2.0}});
+
+  ASSERT_EQ(add(candidates, fit::responseAt(candidates, 1)), 0);
 
   EXPECT_EQ(numNew, 2);
   EXPECT_EQ(numSamp, 14);
@@ -407,37 +431,27 @@ TEST_F(KrigingSolve, AddsFarCandidatesAndReports) {
   EXPECT_LT(absolute, 1e-2); // at samples
 }
 
-TEST_F(KrigingSolve, TakesTheFirstOutputsForTheAcceptedCandidates) {
-  ASSERT_EQ(model.Solve(), 0);
-  C_MatMGe<double> candidates = fit::matrix({{X(0, 0), X(0, 1)}, {3.0, 3.0}});
-  C_MatMGe<double> values = fit::matrix({{111.0}, {222.0}}), newPoints, all, out;
-  double relative, absolute;
-  int numNew = -1, numSamp = -1;
+TEST_F(KrigingSolveAdding, TakesTheFirstOutputsForTheAcceptedCandidates) {
+  C_MatMGe<double> out;
 
-  ASSERT_EQ(
-      model.Solve(candidates, values, relative, absolute, numNew, newPoints, numSamp, all, 0.01),
-      0);
+  ASSERT_EQ(add(fit::matrix({{X(0, 0), X(0, 1)}, {3.0, 3.0}}), fit::matrix({{111.0}, {222.0}})), 0);
 
   EXPECT_EQ(numNew, 1);
   ASSERT_EQ(model.GetOutSampMtx(out), 0);
   EXPECT_EQ(out(12, 0), 111.0); // not 222, which belongs to the accepted point
 }
 
-TEST_F(KrigingSolve, ReportsNothingWhenNoCandidateIsFar) {
-  ASSERT_EQ(model.Solve(), 0);
-  C_MatMGe<double> candidates = fit::matrix({{X(0, 0), X(0, 1)}}), newPoints, all;
-  C_MatMGe<double> values = fit::matrix({{1.0}}), wrong(1, 2);
-  double relative = -1.0, absolute = -1.0;
-  int numNew = -1, numSamp = -1;
+TEST_F(KrigingSolveAdding, ReportsNothingWhenNoCandidateIsFar) {
+  const C_MatMGe<double> sample = fit::matrix({{X(0, 0), X(0, 1)}});
 
-  EXPECT_EQ(
-      model.Solve(candidates, values, relative, absolute, numNew, newPoints, numSamp, all, 0.01),
-      0);
+  EXPECT_EQ(add(sample, fit::matrix({{1.0}})), 0);
+
   EXPECT_EQ(numNew, 0);
   EXPECT_EQ(numSamp, -1);
   EXPECT_EQ(relative, -1.0);
-  EXPECT_EQ(
-      model.Solve(candidates, wrong, relative, absolute, numNew, newPoints, numSamp, all, 0.01), 1);
+  EXPECT_EQ(absolute, -1.0);
+  EXPECT_EQ(all.NbRow(), 0);
+  EXPECT_EQ(add(sample, C_MatMGe<double>(1, 2)), 1) << "two outputs for a model of one";
 }
 
 // ----- matrices that are not positive definite ---------------------------------------------------

@@ -154,6 +154,7 @@ TYPED_TEST(KrigingListSolve, NamesNoPointsWhenNoneAreWanted) {
 
   EXPECT_EQ(count, 0);
   EXPECT_EQ(worst, 0.0);
+  EXPECT_EQ(chosen.NbRow(), 4) << "an error of 0 is not above 0";
 }
 
 TYPED_TEST(KrigingListSolve, FailsWithTheFirstModelThatDoes) {

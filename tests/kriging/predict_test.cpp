@@ -278,6 +278,21 @@ TEST_F(KrigingPredict, CachedCorrelationsAreReusedAndExtendedByNewSamples) {
   EXPECT_NEAR(model.TestCorrMtx(4, 15), std::exp(-expected), 1e-15);
 }
 
+TEST_F(KrigingPredict, AKernelComputedAnewMakesTheCachesStale) {
+  int numNew = 0;
+  ASSERT_EQ(model.PutInpTestMtx(P), 0);
+  ASSERT_EQ(evalTest(numNew), 0);
+  C_MatMGe<double> x = fit::matrix({{0.9, -0.8}}), y = fit::responseAt(x, 2), plain;
+  ASSERT_EQ(model.AppendSampData(x, y, true), 0);
+  ASSERT_EQ(model.Solve(), 0);
+  EXPECT_TRUE(model.TestCorrStale);
+  EXPECT_TRUE(model.TestPolyStale);
+  ASSERT_EQ(evalTest(numNew), 0);
+  ASSERT_EQ(model.EvalModel(P, plain), 0);
+  for (int i = 0; i < 6; ++i)
+    EXPECT_NEAR(out(i, 0), plain(i, 0), 1e-11);
+}
+
 TEST_F(KrigingPredict, NewTestPointsOfTheSameCountSeeTheOldCorrelations) {
   int numNew = 0;
   ASSERT_EQ(model.PutInpTestMtx(P), 0);

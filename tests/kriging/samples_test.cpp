@@ -235,7 +235,12 @@ TYPED_TEST(KrigingSamples, FoldTheirMagnitudesIntoTheStoredOnes) {
   EXPECT_EQ(model.UpdateOutputRanges(y), 0);
 
   EXPECT_EQ(this->range(0), (Range{1, 3, 5})) << "0.5 to 4 is 3.5, and not above 5";
-  EXPECT_EQ(this->range(1), (Range{10, 12, 2})) << "an equal difference replaces nothing";
+  EXPECT_EQ(this->range(1), (Range{10, 12, 2}));
+
+  C_MatMGe<TypeParam> equal =
+      matrix<TypeParam>({{TypeParam(0), TypeParam(12)}, {TypeParam(5), TypeParam(12)}});
+  EXPECT_EQ(model.UpdateOutputRanges(equal), 0);
+  EXPECT_EQ(this->range(0), (Range{1, 3, 5})) << "an equal difference replaces nothing";
 }
 
 TYPED_TEST(KrigingSamples, CannotBeAppendedWithoutEarlierOnes) {

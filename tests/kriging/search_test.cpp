@@ -1,5 +1,6 @@
 // The pattern search for the kernel multipliers.
 #include <memory>
+#include <utility>
 
 #include "kriging/fitSupport.h"
 
@@ -113,34 +114,38 @@ TYPED_TEST_SUITE(KernSearchOf, Scalars);
 
 TYPED_TEST(KernSearchOf, TakesTheStepsOfTheLiteralSearch) {
   using T = TypeParam;
-  for (int n : {1, 2, 3, 5}) {
-    C_MatMGe<T> X = fit::randomMatrix<T>(22, n, 10u + n), Y = fit::responseAt(X, 1);
-    Probe<T> model;
-    fit::load(model, X, Y);
-    model.PutPolynomType(E_PolyConst);
-    model.PutKrigingKernVarType(E_KernAnisotropic);
-    model.PutKrigingKernOptType(E_KernOptPattern);
-    Vec<double> start;
-    ASSERT_EQ(model.EvalStartKernel(X, start), 0);
-    LiteralSearch literal;
-    literal.objective = [&](const Point& theta) { return criterionAt(X, Y, theta); };
-    literal.theta.assign(start.Adr(0), start.Adr(0) + n);
-    for (int i = 0; i < n; ++i) {
-      literal.low.push_back(0.01 * start[i]);
-      literal.high.push_back(20.0 * start[i]);
+  // The usual bounds, and such that the start lies at the upper or at the lower one.
+  const std::pair<double, double> multiples[] = {{0.01, 20.0}, {0.01, 1.0}, {1.0, 20.0}};
+  for (const auto& [lowest, highest] : multiples)
+    for (int n : {1, 2, 3, 5}) {
+      C_MatMGe<T> X = fit::randomMatrix<T>(22, n, 10u + n), Y = fit::responseAt(X, 1);
+      Probe<T> model;
+      fit::load(model, X, Y);
+      model.PutPolynomType(E_PolyConst);
+      model.PutKrigingKernVarType(E_KernAnisotropic);
+      model.PutKrigingKernOptType(E_KernOptPattern);
+      model.PutLowerKernelMultiplierBound(lowest);
+      model.PutUpperKernelMultiplierBound(highest);
+      Vec<double> start;
+      ASSERT_EQ(model.EvalStartKernel(X, start), 0);
+      LiteralSearch literal;
+      literal.objective = [&](const Point& theta) { return criterionAt(X, Y, theta); };
+      literal.theta.assign(start.Adr(0), start.Adr(0) + n);
+      for (int i = 0; i < n; ++i) {
+        literal.low.push_back(lowest * start[i]);
+        literal.high.push_back(highest * start[i]);
+      }
+
+      kriging_test::Listener listener;
+      ASSERT_EQ(model.Solve(), 0);
+      const int fits = listener.kernelLines();
+      literal.run();
+
+      EXPECT_EQ(fits, literal.evaluations + 1) << "the trials, and the fit at the best";
+      for (int i = 0; i < n; ++i)
+        EXPECT_NEAR(model.KernVec[i], literal.theta[i], 1e-12 * literal.theta[i]) << "n = " << n;
+      EXPECT_NEAR(model.MLEValue, literal.f, 1e-8 * literal.f);
     }
-
-    kriging_test::Listener listener;
-    ASSERT_EQ(model.Solve(), 0);
-    const int fits = listener.kernelLines();
-    literal.run();
-
-    EXPECT_EQ(fits, literal.evaluations + 1) << "the trials, and the fit at the best";
-
-    for (int i = 0; i < n; ++i)
-      EXPECT_NEAR(model.KernVec[i], literal.theta[i], 1e-12 * literal.theta[i]) << "n = " << n;
-    EXPECT_NEAR(model.MLEValue, literal.f, 1e-8 * literal.f);
-  }
 }
 
 class KernSearch : public ::testing::Test {
@@ -285,6 +290,30 @@ TEST_F(KernSearch, ACriterionThatIsNoNumberIsNeverLeftAndNeverTaken) {
 TEST_F(KernSearch, MultiquadricSearchComesToAnEnd) {
   model.PutCorrFuncType(E_CorrMultiquadric);
   EXPECT_EQ(model.Solve(), 0);
+}
+
+TEST_F(KernSearch, AnImprovementWithinRoundingIsNone) {
+  for (int i = 0; i < Y.NbRow(); ++i)
+    Y(i, 0) *= 0.01; // a criterion far below 1, so that doubles tell such differences
+  ASSERT_EQ(model.PutOutSampMtx(Y), 0);
+  Vec<double> trial = fit::vector({0.7}), best = fit::vector({0.5});
+  model.PutKernVec(best);
+  double value = 0.0;
+  ASSERT_EQ(model.EvalKernel(trial, value), 0);
+  ASSERT_LT(value, 0.1);
+  Zarel::KernSearch search;
+  bool better = true;
+
+  search.best = value + 5e-16;
+  ASSERT_EQ(model.TryKernel(search, best, trial, better), 0);
+  EXPECT_FALSE(better);
+  EXPECT_EQ(best[0], 0.5);
+
+  search.best = value + 3e-15;
+  ASSERT_EQ(model.TryKernel(search, best, trial, better), 0);
+  EXPECT_TRUE(better);
+  EXPECT_EQ(best[0], 0.7);
+  EXPECT_EQ(search.best, value);
 }
 
 TEST_F(KernSearch, StepFactorsShiftTowardsTheLast) {

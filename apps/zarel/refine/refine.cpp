@@ -162,6 +162,7 @@ public:
     try {
       outcome_ = engine_->run();
     } catch (const Failure& failure) {
+      keepTables();
       if (failure.code != ExitCode::interrupted) throw;
       throw Failure(failure.code,
                     "interrupted; all finished simulations are kept in " + study_->folder(),
@@ -207,10 +208,22 @@ private:
     return data;
   }
 
-  void writeFiles() const {
-    const ReportData data = reportData();
+  void writeTables() const {
     writeSamples(study_->path("samples.csv"), settings_, *study_);
     writeFailed(study_->path("failed.csv"), settings_, *study_);
+  }
+
+  /// What a study that ends early has to show; what ends it matters more than a table.
+  void keepTables() const {
+    try {
+      writeTables();
+    } catch (const Failure&) {
+    }
+  }
+
+  void writeFiles() const {
+    const ReportData data = reportData();
+    writeTables();
     replaceFile(study_->path("report.svg"), svgReport(data));
     replaceFile(study_->path("report.html"), htmlReport(data));
   }
