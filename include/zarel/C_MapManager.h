@@ -36,7 +36,8 @@ enum E_MapAdvice : int {
   E_MapWillNeed = 3,   ///< soon: start to read, without waiting
   E_MapDontNeed = 4,   ///< not soon: leave the process; the file keeps all that was written
   E_MapHugePages = 5,  ///< large and dense: serve it by huge pages where the file system has them
-  E_MapPopulate = 6    ///< at once: read, and have every page ready when the call returns
+  E_MapPopulate = 6,   ///< at once: read, and have every page ready when the call returns
+  E_MapReadAll = 7 ///< the same for reading only: no page of a view for writing counts as changed
 };
 
 /**

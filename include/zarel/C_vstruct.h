@@ -447,6 +447,7 @@ private:
   // Mapped range.
   unsigned __int64 strideBytes() const;
   void mapRange(unsigned int first, unsigned int last);
+  void readMapped();
   void _UnmapBlock(_Cblock* block);
   _Cblock* blockOf(unsigned int i) const;
   bool mapped() const { return coreMode_ == 2 && mapFile_; }

@@ -42,6 +42,8 @@ SystemAdvice systemAdvice(E_MapAdvice advice) {
     return {MADV_HUGEPAGE, MADV_HUGEPAGE};
   case E_MapPopulate:
     return {MADV_POPULATE_READ, MADV_POPULATE_WRITE};
+  case E_MapReadAll:
+    return {MADV_POPULATE_READ, MADV_POPULATE_READ};
   }
   return {-1, -1};
 }

@@ -65,6 +65,12 @@ void C_VSTRUCT<T>::mapRange(unsigned int first, unsigned int last) {
   if (first == 0 && static_cast<int>(last) == this->columns_ - 1) base_ = start;
 }
 
+/** Has the pages of the mapped range ready for a pass over all of them; saves a fault for each. */
+template <class T>
+void C_VSTRUCT<T>::readMapped() {
+  if (!blocks_.empty()) blocks_.back()->view->Advise(E_MapReadAll);
+}
+
 template <class T>
 void C_VSTRUCT<T>::MapAllBlocks(bool) {
   if (this->rows_ == 0 || this->columns_ == 0) return;

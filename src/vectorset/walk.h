@@ -40,7 +40,10 @@ void C_VSTRUCT<T>::forEachRange(int first, int last, Visit visit) {
   if (regular) most = stays ? INT_MAX : std::max(rangeBytes / stride, 1ULL);
   for (int j = first; j <= last;) {
     const int count = static_cast<int>(std::min<unsigned __int64>(most, last - j + 1));
-    if (!stays) MapBlock(static_cast<unsigned int>(j), static_cast<unsigned int>(j + count - 1));
+    if (!stays) {
+      MapBlock(static_cast<unsigned int>(j), static_cast<unsigned int>(j + count - 1));
+      readMapped();
+    }
     visit((*this)[j]->Adr(0), lead, j, count);
     j += count;
   }

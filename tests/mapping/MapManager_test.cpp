@@ -591,8 +591,8 @@ TEST(Reserve, AnEmptyRangeNeedsNothing) {
 TEST_F(MapManager, TakesAdvice) {
   for (const int mode : {0, 2}) {
     map(mode, 100, 2 * kPage);
-    for (const E_MapAdvice advice :
-         {E_MapNormal, E_MapSequential, E_MapRandom, E_MapWillNeed, E_MapPopulate, E_MapDontNeed})
+    for (const E_MapAdvice advice : {E_MapNormal, E_MapSequential, E_MapRandom, E_MapWillNeed,
+                                     E_MapPopulate, E_MapReadAll, E_MapDontNeed})
       EXPECT_TRUE(view.Advise(advice)) << advice;
     EXPECT_EQ(shown(2 * kPage), bytes(3 * kPage).substr(100, 2 * kPage));
     view.UnMap();

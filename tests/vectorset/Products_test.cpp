@@ -1,4 +1,5 @@
 // Products of sets against sums written out, in all storages.
+#include "support/Processes.h"
 #include "vectorset/support.h"
 
 using namespace vectorset;
@@ -399,6 +400,44 @@ TEST(VectorSetProducts, InnerProductIsTheDotProduct) {
   Vec<C> b(1, C(0, 2));
 
   EXPECT_EQ(ip(a, b), C(2, 0));
+}
+
+// Rows that are spread over processes.
+
+template <class P>
+class SpreadRows : public ::testing::Test {};
+TYPED_TEST_SUITE(SpreadRows, FloatCases, CaseNames);
+
+TYPED_TEST(SpreadRows, MutualProductIsSummedOverAllRanks) {
+  using T = typename TypeParam::T;
+  for (const int ranks : {2, 3, 4}) {
+    const int rows = 3 * ranks;
+    const auto left = randomDense<T>(4, rows, 5);
+    const auto right = randomDense<T>(4, rows, 6);
+
+    support::runProcesses(ranks, [&](int rank) {
+      MadeSet<T> q1(TypeParam::storage, partOf(left, 0, 4, 3 * rank, 3 * rank + 3), 3);
+      MadeSet<T> q(TypeParam::storage, partOf(right, 0, 4, 3 * rank, 3 * rank + 3), 3);
+      C_MatMGe<T> M;
+
+      q->MatQ1tQ(*q1, M, -1);
+
+      expectMutual(M, 4, left, right);
+    });
+  }
+}
+
+TEST(VectorSetProducts, PaddedResultIsNotSummed) {
+  support::runProcesses(2, [&](int rank) {
+    Set set(1, 1, 1, nullptr);
+    set.SetVal(0, 0, rank + 1);
+    double room[2] = {0, 0};
+    C_MatMGe<double> M(1, 1, room, 2);
+
+    set.MatQ1tQ(set, M, -1);
+
+    EXPECT_EQ(room[0], (rank + 1) * (rank + 1));
+  });
 }
 
 } // namespace

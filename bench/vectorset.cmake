@@ -1,0 +1,1 @@
+zarel_bench(vectorset_bench SOURCES vectorset.cpp)
