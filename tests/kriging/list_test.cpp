@@ -261,6 +261,21 @@ TYPED_TEST(KrigingLists, RefuseToAppendWhatDoesNotFit) {
   EXPECT_EQ(list.NumSamp, 4);
 }
 
+TYPED_TEST(KrigingLists, CountNoSamplesThatAModelRefuses) {
+  auto& list = this->list_;
+  makeList(list, {1, 2}, 4, 2);
+  list.Models[1].*&OpenModel<TypeParam>::OutSampSet = false;
+  C_MatMGe<TypeParam> x = pattern<TypeParam>(2, 2, 0.7);
+  C_MatMGe<TypeParam> y = pattern<TypeParam>(2, 3, 0.9);
+
+  EXPECT_EQ(list.AppendSampData(x, y), 1);
+
+  EXPECT_EQ(list.NumSamp, 4);
+  int first = 0;
+  list.GetItemKriging(0)->GetNumSamp(first);
+  EXPECT_EQ(first, 6) << "the models before the one that refused have theirs";
+}
+
 TYPED_TEST(KrigingLists, JoinTheKernelsOfTheirModels) {
   auto& list = this->list_;
   makeList(list, {1, 1}, 4, 2);

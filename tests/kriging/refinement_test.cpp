@@ -346,6 +346,7 @@ TYPED_TEST(KrigingRefinement, ProposesAtMostAHundredPoints) {
 
 TYPED_TEST(KrigingRefinement, NeedsTestPoints) {
   fitList(this->list_);
+  this->list_.NumNewPoints = 4; // of an earlier evaluation
 
   EXPECT_EQ(this->evalTest(2), 1);
   EXPECT_EQ(this->list_.NumNewPoints, 0);

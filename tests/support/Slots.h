@@ -1,5 +1,5 @@
-// Where a virtual operation stands in its class's table. Hosts that call through a table by position
-// count on the order in which the operations were declared.
+// Where a virtual operation stands in its class's table. Hosts that call through a table by
+// position count on the order in which the operations were declared.
 #ifndef TESTS_SUPPORT_SLOTS_H
 #define TESTS_SUPPORT_SLOTS_H
 
@@ -9,8 +9,8 @@
 
 namespace support {
 
-// The number of the slot, counted from the head of the table. A pointer to a virtual member function
-// holds its offset in the table, plus 1 (Itanium C++ ABI, 2.3).
+// The number of the slot, counted from the head of the table. A pointer to a virtual member
+// function holds its offset in the table, plus 1 (Itanium C++ ABI, 2.3).
 template <class Member>
 std::ptrdiff_t slotOf(Member member) {
   std::ptrdiff_t words[2];
