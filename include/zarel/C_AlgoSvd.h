@@ -217,9 +217,9 @@ private:
  * first go to a temporary data file, then into the set.
  *
  * Accuracy: squaring the operator halves the digits, so that values below about 1e-8 of the largest
- * are rounding, and so are their vectors. An eigenvalue of A^T A that rounding made negative counts
- * as 0; one that is truly negative, from an operator that is not A^T A, gives a value that is not a
- * number.
+ * may be rounding, and so may their vectors. An eigenvalue of A^T A that rounding made negative
+ * counts as 0; one that is truly negative, from an operator that is not A^T A, gives a value that
+ * is not a number.
  *
  * Defaults that a run has filled in (NEV, restarts) stay for the next one.
  * Progress: the engine of the interface, if any, hears each product through Update, and may end
@@ -250,8 +250,8 @@ private:
   int iterate(C_ItfSvdArpack& itf, Iteration& run);
   int extract(Iteration& run);
   void take(Iteration& run);
-  void completeRightHand();
-  int replaceVectors(C_ItfSvdArpack& itf);
+  void completeRightHand(int last);
+  int replaceVectors(C_ItfSvdArpack& itf, int kept);
   int fillBasis(C_ItfSvdArpack& itf, Zarel::C_VSTRUCT<double>& basis, int first, int count);
   void normalise(Values& u, int i);
   void summarise(const Iteration& run);

@@ -5,6 +5,7 @@
 #include <cstdarg>
 #include <cstdint>
 #include <limits>
+#include <utility>
 
 #include <zarel/C_Trace.h>
 #include <zarel/itf.h>
@@ -109,12 +110,12 @@ int C_AlgoSvdArpack::Run(C_ItfAlgorithm& problem) {
   if (iterate(itf, run) != 0 || extract(run) != 0) return traced();
   take(run);
   if (ErrorEstimation() != 0) return traced();
-  if (retained_ == columns_ - 1) completeRightHand();
-  tell("[SVD] Dimension Apres correction : %d", retained_);
-  if (replaceVectors(itf) != 0) {
-    retained_ = 0;
-    return traced();
-  }
+  int kept = 0;
+  std::swap(kept, retained_); // there are no results until all has succeeded
+  if (kept == columns_ - 1) completeRightHand(kept++);
+  tell("[SVD] Dimension Apres correction : %d", kept);
+  if (replaceVectors(itf, kept) != 0) return traced();
+  retained_ = kept;
   summarise(run);
   return 0;
 }
@@ -212,8 +213,8 @@ void C_AlgoSvdArpack::take(Iteration& run) {
  * Adds the unit vector that is orthogonal to all found ones. It is made from the axis that they
  * cover least, of which at least the part 1/n remains.
  */
-void C_AlgoSvdArpack::completeRightHand() {
-  const int n = columns_, last = retained_;
+void C_AlgoSvdArpack::completeRightHand(int last) {
+  const int n = columns_;
   Vector covered(n), t(n);
   for (int j = 0; j < n; ++j)
     covered[j] = dot(last, rightHand_[j], rightHand_[j]);
@@ -228,14 +229,13 @@ void C_AlgoSvdArpack::completeRightHand() {
   t.Normalize(E_Nrm2, nullptr);
   for (int j = 0; j < n; ++j)
     rightHand_(last, j) = t[j];
-  retained_ = n;
 }
 
 /** Makes the left vectors on a temporary data file and hands them to the problem. */
-int C_AlgoSvdArpack::replaceVectors(C_ItfSvdArpack& itf) {
-  C_VSTRUCT<double> basis(2, retained_, rows_, nullptr);
-  for (int first = 0; first < retained_; first += basisBlock)
-    if (fillBasis(itf, basis, first, std::min(basisBlock, retained_ - first)) != 0) return traced();
+int C_AlgoSvdArpack::replaceVectors(C_ItfSvdArpack& itf, int kept) {
+  C_VSTRUCT<double> basis(2, kept, rows_, nullptr);
+  for (int first = 0; first < kept; first += basisBlock)
+    if (fillBasis(itf, basis, first, std::min(basisBlock, kept - first)) != 0) return traced();
   return itf.SetNewA(basis) == 0 ? 0 : traced();
 }
 
