@@ -14,6 +14,7 @@
 #include "containers/blas.h"
 #include "containers/files.h"
 #include "containers/matrixNorm.h"
+#include "containers/matrixText.h"
 #include "containers/scalars.h"
 #include "containers/transpose.h"
 #include "runtime/fail.h"
@@ -360,13 +361,7 @@ int C_MatMGe<T>::Print(FILE* file, int row) {
 template <class T>
 int C_MatMGe<T>::WriteMatlab(FILE* file) {
   C_Mat<T>::WriteMatlab(file);
-  for (int i = 0; i < this->rows_; ++i) {
-    for (int j = 0; j < this->columns_; ++j) {
-      Zarel::printScalar(file, GetVal(i, j));
-      std::fputc(' ', file);
-    }
-    std::fputc('\n', file);
-  }
+  Zarel::writeMatlabRows(file, *this);
   return 0;
 }
 

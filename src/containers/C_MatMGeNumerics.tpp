@@ -103,7 +103,9 @@ int C_MatMGe<T>::Solve(C_Vec<int, int>& pivots, C_Vec<T, int>* rhs, C_Vec<T, int
   if (rhs->Dim() < this->rows_ || pivots.Dim() < this->rows_ || this->columns_ < this->rows_)
     fail(2872);
   if (solution != nullptr) solution->Copy(*rhs);
-  int info = 0;
+  // OpenBLAS leaves info as it was when it refuses; the fifth argument, the leading dimension, is
+  // the only one that can be wrong.
+  int info = -5;
   Zarel::Lapack::getrs('N', this->rows_, 1, Adr(), lead_, pivots.Adr(0), target.Adr(0), this->rows_,
                        &info);
   if (info < 0) refuse(info, ".");

@@ -12,6 +12,7 @@
 #include "containers/blocks.h"
 #include "containers/files.h"
 #include "containers/matrixNorm.h"
+#include "containers/matrixText.h"
 #include "containers/scalars.h"
 #include "containers/sptrsReport.h"
 #include "runtime/fail.h"
@@ -182,7 +183,7 @@ int C_MatMSym<T>::readBody(FILE* file) {
   C_MatMSym read;
   read.C_GenericMat::Read(file);
   if (read.rows_ != read.columns_) fail(21);
-  if (BF_fread_int(file, &read.side_, 1) != 0) return traced();
+  if (BF_fread_int(file, &read.side_, 1) != 0) fail(21);
   read.values_.Read(file);
   if (read.values_.Dim() != packedCount(read.rows_)) fail(21);
   values_.Copy(read.values_);
@@ -212,13 +213,7 @@ int C_MatMSym<T>::Print(FILE* file, int flags) {
 template <class T>
 int C_MatMSym<T>::WriteMatlab(FILE* file) {
   C_Mat<T>::WriteMatlab(file);
-  for (int i = 0; i < this->rows_; ++i) {
-    for (int j = 0; j < this->columns_; ++j) {
-      Zarel::printScalar(file, GetVal(i, j));
-      std::fputc(' ', file);
-    }
-    std::fputc('\n', file);
-  }
+  Zarel::writeMatlabRows(file, *this);
   return 0;
 }
 

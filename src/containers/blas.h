@@ -18,46 +18,30 @@ namespace Blas {
 using Complex = std::complex<double>;
 using ComplexF = std::complex<float>;
 
-// One piece, all strides 1.
+// One piece, all strides 1. The interface takes a real factor by value and a complex one by
+// address.
 
-inline void axpyPiece(int n, float a, float* x, float* y) {
-  ITF_saxpy(n, a, x, 1, y, 1);
-}
-inline void axpyPiece(int n, double a, double* x, double* y) {
-  ITF_daxpy(n, a, x, 1, y, 1);
-}
-inline void axpyPiece(int n, ComplexF a, ComplexF* x, ComplexF* y) {
-  ITF_caxpy(n, &a, x, 1, y, 1);
-}
-inline void axpyPiece(int n, Complex a, Complex* x, Complex* y) {
-  ITF_zaxpy(n, &a, x, 1, y, 1);
-}
-
-inline void scalPiece(int n, float a, float* x) {
-  ITF_sscal(n, a, x, 1);
-}
-inline void scalPiece(int n, double a, double* x) {
-  ITF_dscal(n, a, x, 1);
-}
-inline void scalPiece(int n, ComplexF a, ComplexF* x) {
-  ITF_cscal(n, &a, x, 1);
-}
-inline void scalPiece(int n, Complex a, Complex* x) {
-  ITF_zscal(n, &a, x, 1);
-}
-
-inline void copyPiece(int n, float* x, float* y) {
-  ITF_scopy(n, x, 1, y, 1);
-}
-inline void copyPiece(int n, double* x, double* y) {
-  ITF_dcopy(n, x, 1, y, 1);
-}
-inline void copyPiece(int n, ComplexF* x, ComplexF* y) {
-  ITF_ccopy(n, x, 1, y, 1);
-}
-inline void copyPiece(int n, Complex* x, Complex* y) {
-  ITF_zcopy(n, x, 1, y, 1);
-}
+#define ZAREL_BLAS_PIECES(T, LETTER, FACTOR)                                                       \
+  inline void axpyPiece(int n, T a, T* x, T* y) {                                                  \
+    ITF_##LETTER##axpy(n, FACTOR, x, 1, y, 1);                                                     \
+  }                                                                                                \
+  inline void scalPiece(int n, T a, T* x) {                                                        \
+    ITF_##LETTER##scal(n, FACTOR, x, 1);                                                           \
+  }                                                                                                \
+  inline void copyPiece(int n, T* x, T* y) {                                                       \
+    ITF_##LETTER##copy(n, x, 1, y, 1);                                                             \
+  }                                                                                                \
+  inline int imaxPiece(int n, T* x) {                                                              \
+    return ITF_i##LETTER##amax(n, x, 1) - 1;                                                       \
+  }                                                                                                \
+  inline int iminPiece(int n, T* x) {                                                              \
+    return ITF_i##LETTER##amin(n, x, 1) - 1;                                                       \
+  }
+ZAREL_BLAS_PIECES(float, s, a)
+ZAREL_BLAS_PIECES(double, d, a)
+ZAREL_BLAS_PIECES(ComplexF, c, &a)
+ZAREL_BLAS_PIECES(Complex, z, &a)
+#undef ZAREL_BLAS_PIECES
 
 inline float dotPiece(int n, float* x, float* y) {
   return ITF_sdot(n, x, 1, y, 1);
@@ -74,32 +58,6 @@ inline Complex dotPiece(int n, Complex* x, Complex* y) {
   Complex result(0);
   ITF_zarelzdot(n, x, y, &result, 1);
   return result;
-}
-
-inline int imaxPiece(int n, float* x) {
-  return ITF_isamax(n, x, 1) - 1;
-}
-inline int imaxPiece(int n, double* x) {
-  return ITF_idamax(n, x, 1) - 1;
-}
-inline int imaxPiece(int n, ComplexF* x) {
-  return ITF_icamax(n, x, 1) - 1;
-}
-inline int imaxPiece(int n, Complex* x) {
-  return ITF_izamax(n, x, 1) - 1;
-}
-
-inline int iminPiece(int n, float* x) {
-  return ITF_isamin(n, x, 1) - 1;
-}
-inline int iminPiece(int n, double* x) {
-  return ITF_idamin(n, x, 1) - 1;
-}
-inline int iminPiece(int n, ComplexF* x) {
-  return ITF_icamin(n, x, 1) - 1;
-}
-inline int iminPiece(int n, Complex* x) {
-  return ITF_izamin(n, x, 1) - 1;
 }
 
 /** The measure by which the index searches compare: |re| + |im| for complex scalars. */

@@ -215,6 +215,30 @@ TYPED_TEST(MatMGeBlas, OfNoRowsFactorAndSolveDoNothing) {
   EXPECT_EQ(b[1], T(5));
 }
 
+TYPED_TEST(MatMGeBlas, FactorAndSolveOpenFrames) {
+  using T = TypeParam;
+  using Names = std::vector<std::string>;
+  C_MatMGe<T> m(1, 1), singular(1, 1);
+  m(0, 0) = T(2);
+  VecOf<T> b(1, T(4));
+  Pivots pivots;
+  const FrameProbe frames;
+
+  m.Factor(pivots, false);
+  EXPECT_EQ(frames.taken(), (Names{"+C_MatMGe<T>::Factor", "-C_MatMGe<T>::Factor"}));
+  m.Solve(pivots, &b, nullptr);
+  EXPECT_EQ(frames.taken(), (Names{"+C_MatMGe<T>::Solve", "-C_MatMGe<T>::Solve"}));
+  m *= T(3);
+  m.Mv(T(1), b, T(0), b, 'N');
+  EXPECT_EQ(frames.taken(), Names{}) << "arithmetic opens none";
+  try {
+    singular.Factor(pivots, false);
+    ADD_FAILURE();
+  } catch (const C_ZarelException& e) {
+    EXPECT_STREQ(e.getCallStack().GetStack().back().GetFunction(), "C_MatMGe<T>::Factor");
+  }
+}
+
 TYPED_TEST(MatMGeBlas, WhatLapackRefusesIsSaidAndThrows2875) {
   using T = TypeParam;
   T block[4] = {T(1), T(2), T(3), T(4)};
@@ -226,6 +250,14 @@ TYPED_TEST(MatMGeBlas, WhatLapackRefusesIsSaidAndThrows2875) {
 
   EXPECT_NE(said.err.find("Lapack call getrf() failed: info4is an invalid value\n"),
             std::string::npos);
+
+  VecOf<T> b(2);
+  pivots.Resize(2);
+  const support::Captured again = support::capture(
+      [&] { EXPECT_EQ(codeOf([&] { crooked.Solve(pivots, &b, nullptr); }), 2875); });
+  EXPECT_NE(again.err.find("Lapack call getrf() failed: info5is an invalid value.\n"),
+            std::string::npos)
+      << "named after the other routine, and with a point";
 }
 
 TYPED_TEST(MatMGeBlas, SolveRefusesWhatIsShorterThanTheRows) {

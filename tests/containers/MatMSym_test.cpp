@@ -1,7 +1,9 @@
 // Symmetric matrices: the packed triangle, its products, solver, files and text.
 #include <cmath>
+#include <utility>
 
 #include <zarel/C_MessageTool.h>
+#include <zarel/erreur.h>
 #include <zarel/itf.h>
 
 #include "containers/OffCore.h"
@@ -14,6 +16,23 @@ namespace {
 template <class T>
 class MatMSym : public ::testing::Test {};
 TYPED_TEST_SUITE(MatMSym, SymmetricScalars, ScalarNames);
+
+// Counts the traces of failing returns: with no initialized tool each ends in the error box.
+class Traces {
+public:
+  Traces() : former_(zarel_setErrorBox([](const char*, const char*) { ++number_; })) {
+    number_ = 0;
+  }
+  Traces(const Traces&) = delete;
+  Traces& operator=(const Traces&) = delete;
+  ~Traces() { zarel_setErrorBox(former_); }
+  // The traces since the last time that was asked.
+  static int taken() { return std::exchange(number_, 0); }
+
+private:
+  static inline int number_ = 0;
+  zarel_ErrorBox former_;
+};
 
 template <class T>
 C_MatMSym<T> noisy(int n, int side, Noise& noise) {
@@ -108,15 +127,20 @@ TYPED_TEST(MatMSym, ResizeLeavesAnUpperMatrix) {
 
 TYPED_TEST(MatMSym, SizesThatCannotBeAreRefused) {
   C_MatMSym<TypeParam> m(2, 1), other(3, 1);
+  const Traces traces;
 
   EXPECT_EQ(m.Resize(-1, 0), -1);
+  EXPECT_EQ(traces.taken(), 1);
   EXPECT_EQ(m.Resize(65536, 0), -1);
+  EXPECT_EQ(traces.taken(), 1);
   EXPECT_EQ(codeOf([] { C_MatMSym<TypeParam>(65536, 0); }), 2880);
   EXPECT_EQ(codeOf([] { C_MatMSym<TypeParam>(-1, 0); }), 2);
   {
     const AllocatorProbe none(0);
     EXPECT_EQ(m.Resize(50, 0), -1);
+    EXPECT_EQ(traces.taken(), 1);
     EXPECT_EQ(m.Copy(other), -1);
+    EXPECT_EQ(traces.taken(), 2) << "the resize and the copy leave one each";
     EXPECT_EQ(codeOf([&] { m = other; }), 1001);
   }
   EXPECT_EQ(m.NbRow(), 2);
@@ -284,6 +308,21 @@ TYPED_TEST(MatMSym, SolvesWithAFactorisationOfTheCaller) {
     }
 }
 
+TYPED_TEST(MatMSym, ProductAndSolverOpenFrames) {
+  using T = TypeParam;
+  using Names = std::vector<std::string>;
+  C_MatMSym<T> m(1, 1);
+  m(0, 0) = T(2);
+  VecOf<T> b(1, T(4)), y;
+  Pivots pivots(1, 1);
+  const FrameProbe frames;
+
+  m.Mv(T(1), b, T(0), y, 'N');
+  EXPECT_EQ(frames.taken(), (Names{"+C_MatMSym<T>::Mv", "-C_MatMSym<T>::Mv"}));
+  m.Solve(pivots, &b, nullptr);
+  EXPECT_EQ(frames.taken(), (Names{"+C_MatMSym<T>::Solve", "-C_MatMSym<T>::Solve"}));
+}
+
 TYPED_TEST(MatMSym, SolverTellsAFailedCopyAndRefusesShortVectors) {
   using T = TypeParam;
   C_MatMSym<T> m(3, 1);
@@ -293,7 +332,9 @@ TYPED_TEST(MatMSym, SolverTellsAFailedCopyAndRefusesShortVectors) {
   EXPECT_EQ(codeOf([&] { m.Solve(pivots, &shorter, nullptr); }), 2872);
   EXPECT_EQ(codeOf([&] { m.Solve(few, &b, nullptr); }), 2872);
   const AllocatorProbe none(0);
+  const Traces traces;
   EXPECT_EQ(m.Solve(pivots, &b, &x), -1);
+  EXPECT_EQ(traces.taken(), 1);
 }
 
 TEST(MatMSymSolver, SaysWhatWasRefusedInTheNameOfAnotherRoutine) {
@@ -369,6 +410,7 @@ TYPED_TEST(MatMSym, BrokenFilesGiveMinusOneAndLeaveTheMatrix) {
   broken.push_back(raw(-2, -2, 1, 3) + whole.substr(16));
   broken.push_back(raw(2, 2, 1, -3) + whole.substr(16));
   broken.push_back(raw(65536, 65536, 1, 3) + whole.substr(16));
+  const Traces traces;
   for (const std::string& bytes : broken) {
     ScratchFile file(bytes);
     C_MatMSym<T> m(1, 0);
@@ -376,6 +418,7 @@ TYPED_TEST(MatMSym, BrokenFilesGiveMinusOneAndLeaveTheMatrix) {
 
     EXPECT_EQ(m.Read(file.stream()), -1) << bytes.size();
 
+    EXPECT_EQ(traces.taken(), 1) << "for the step that failed, " << bytes.size();
     EXPECT_EQ(m.NbRow(), 1);
     EXPECT_EQ(m(0, 0), T(8));
   }
@@ -385,9 +428,14 @@ TYPED_TEST(MatMSym, FailingWritesGiveMinusOne) {
   C_MatMSym<TypeParam> m(2, 1);
   FILE* full = std::fopen("/dev/full", "w");
 
+  const Traces traces;
+
   EXPECT_EQ(m.Write(full), -1);
+  EXPECT_EQ(traces.taken(), 1);
   EXPECT_EQ(m.Write(nullptr), -1);
+  EXPECT_EQ(traces.taken(), 1);
   EXPECT_EQ(m.Read(nullptr), -1);
+  EXPECT_EQ(traces.taken(), 1);
   std::fclose(full);
 }
 
