@@ -193,6 +193,7 @@ public:
 private:
   using Vector = C_VecPi<double, int, C_PtrInCore<double, int>>;
 
+  int blocksOf(int vectors) const;
   double* wholeMatrix();
   int lead() const;
   int multiply(C_Vec<double, int>& x, C_Vec<double, int>& y);

@@ -49,8 +49,12 @@ int C_ItfSvdArpack::ProdAMat(C_MatMGe<double>& X, C_MatMGe<double>& Y) {
 }
 
 C_ItfSvdArpackCVstruct::C_ItfSvdArpackCVstruct(C_VSTRUCT<double>& set)
-    : set_(&set), blocks_(set.getDim()) {}
+    : set_(&set), blocks_(blocksOf(set.getDim())) {}
 C_ItfSvdArpackCVstruct::~C_ItfSvdArpackCVstruct() = default;
+
+int C_ItfSvdArpackCVstruct::blocksOf(int vectors) const {
+  return (vectors + blockSize_ - 1) / blockSize_;
+}
 
 int C_ItfSvdArpackCVstruct::GetSize(int& m, int& n) {
   m = set_->getDim1();
@@ -158,7 +162,7 @@ int C_ItfSvdArpackCVstruct::SetNewA(C_VSTRUCT<double>& q) {
       q.MapBlock(static_cast<unsigned>(i), static_cast<unsigned>(i));
       if (set_->AddVector(*q[i], i, false, 0, nullptr) != 0) return traced();
     }
-    blocks_ = set_->getDim();
+    blocks_ = blocksOf(set_->getDim());
     return 0;
   });
 }
