@@ -18,14 +18,23 @@ if(ZAREL_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${ZAREL_CCACHE})
 endif()
 
+# Source locations in exceptions are paths as they stand in the repository, whichever way the compiler
+# is given them: whole, generated in the build folder, or seen from the folder where it runs, as ccache
+# does when it has a base_dir. (It takes no notice of what the maps say, only of how many there are.)
+set(ZAREL_PATH_MAPS -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/= -fmacro-prefix-map=${PROJECT_BINARY_DIR}/=)
+file(RELATIVE_PATH from_build ${CMAKE_BINARY_DIR} ${PROJECT_SOURCE_DIR})
+if(from_build) # empty where the build is in the source tree; with or without a "/" at its end
+  string(REGEX REPLACE "/+$" "" from_build "${from_build}")
+  list(APPEND ZAREL_PATH_MAPS -fmacro-prefix-map=${from_build}/=)
+endif()
+
 add_library(zarel_flags INTERFACE)
 target_compile_options(zarel_flags INTERFACE
   -Wall -Wextra -Wshadow -Wpedantic -Wno-long-long
   $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Wno-overloaded-virtual>
   # googletest's typed suites leave a variadic argument out, which only clang finds pedantic.
   $<$<COMPILE_LANG_AND_ID:CXX,Clang>:-Wno-gnu-zero-variadic-macro-arguments>
-  # Source locations in exceptions are paths as they stand in the repository.
-  -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=
+  ${ZAREL_PATH_MAPS}
   $<$<BOOL:${ZAREL_WERROR}>:-Werror>)
 if(ZAREL_SANITIZE)
   target_compile_options(zarel_flags INTERFACE -fsanitize=${ZAREL_SANITIZE}

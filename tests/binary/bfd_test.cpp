@@ -172,7 +172,7 @@ int codeOf(Call call) {
     call();
   } catch (const C_ZarelException& e) {
     EXPECT_STREQ(e.getErrorLocation().GetFunction(), "Throwing");
-    EXPECT_THAT(e.getErrorLocation().GetFile(), testing::EndsWith("src/binary/C_bfd.cpp"));
+    EXPECT_STREQ(e.getErrorLocation().GetFile(), "src/binary/C_bfd.cpp");
     EXPECT_EQ(e.getKey(), "DefaultMessageTool");
     EXPECT_EQ(e.getReasonCode(), 0);
     return e.getExceptionCode();

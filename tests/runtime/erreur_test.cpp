@@ -95,9 +95,8 @@ TEST_F(Procedural, TracedGivesMinusOneAndItsOwnPlace) {
   initialized();
   const int line = __LINE__ + 1;
   EXPECT_EQ(Zarel::traced(), -1);
-  EXPECT_THAT(noting.lines[0], testing::StartsWith("0 8 fct_Trace: aff_lieu(), "));
-  EXPECT_THAT(noting.lines[0],
-              testing::EndsWith("tests/runtime/erreur_test.cpp line " + std::to_string(line)));
+  EXPECT_EQ(noting.lines[0], "0 8 fct_Trace: aff_lieu(), tests/runtime/erreur_test.cpp line " +
+                                 std::to_string(line));
 }
 
 TEST_F(Procedural, QueriesTellTheScreenOfTheDefaultTool) {
