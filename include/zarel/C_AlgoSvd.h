@@ -174,9 +174,10 @@ public:
  * The columns of A are the vectors of a set, which it does not own and which must outlive it.
  *
  * A set in core or mapped is multiplied in panels of rows that stay in the cache, each of which is
- * read once for both halves of A^T A x; a set that is larger than half of the machine's memory is
- * read vector by vector, in order, once for each half. A NaN or an infinity in the set is an error
- * that names the first vector that has one; so are values whose squares overflow.
+ * read once for both halves of A^T A x. Vectors that cannot be one matrix (gaps that are no whole
+ * numbers, no room for one view, file-resident ones) are read in order, once for each half. A NaN
+ * or an infinity in the set is an error that names the first vector that has one; so are values
+ * whose squares overflow.
  */
 class ZAREL_API C_ItfSvdArpackCVstruct : public C_ItfSvdArpack {
 public:

@@ -6,7 +6,6 @@
 #include <zarel/C_Lapack.h>
 
 #include "decomposition/report.h"
-#include "system/mapping.h"
 #include "vectorset/finite.h"
 
 using Zarel::C_VSTRUCT;
@@ -70,18 +69,12 @@ int C_ItfSvdArpackCVstruct::lead() const {
   return fits ? static_cast<int>(values) : 0;
 }
 
-/**
- * The set as one matrix with the leading dimension lead(), or null where it cannot be one. A set
- * that the page cache may not hold is better read in order, so it is none either.
- */
+/** The set as one matrix with the leading dimension lead(), or null where it cannot be one. */
 double* C_ItfSvdArpackCVstruct::wholeMatrix() {
   if (set_->getDim() == 0 || set_->getDim1() == 0 || lead() == 0) return nullptr;
   if (set_->getCoreMode() == 1) return set_->Adr();
   if (!set_->GetMapFile()) return nullptr;
   if (set_->Adr() != nullptr) return set_->Adr();
-  const std::size_t bytes =
-      sizeof(double) * static_cast<std::size_t>(lead()) * static_cast<std::size_t>(set_->getDim());
-  if (bytes > Zarel::physicalMemory() / 2) return nullptr;
   try {
     set_->MapAllBlocks();
   } catch (const C_ZarelException& e) {

@@ -39,11 +39,6 @@ size_t pageSize() {
   return size;
 }
 
-size_t physicalMemory() {
-  const long pages = sysconf(_SC_PHYS_PAGES);
-  return pages > 0 ? static_cast<size_t>(pages) * pageSize() : 0;
-}
-
 Mapping mapFile(int fd, off_t offset, size_t bytes, bool writable) {
   const int protection = writable ? PROT_READ | PROT_WRITE : PROT_READ;
   void* const address = systemCalls().mmap(nullptr, bytes, protection, MAP_SHARED, fd, offset);

@@ -35,9 +35,6 @@ private:
 // The unit of offsets and sizes of mappings.
 size_t pageSize();
 
-// The bytes of the machine's memory; 0 if the system does not tell.
-size_t physicalMemory();
-
 // Maps `bytes` bytes of an open file from `offset`, a multiple of pageSize(), shared, for reading
 // or for both ways; none and errno on failure. Whoever touches bytes past the end of the file, or
 // has a full disk under bytes that were not reserved, is killed: test and reserve before.

@@ -249,8 +249,4 @@ TEST_F(MappingTest, TellsOfFailingCalls) {
   EXPECT_FALSE(map);
 }
 
-TEST(MemoryOfTheMachine, IsMoreThanAProgramTakes) {
-  EXPECT_GT(Zarel::physicalMemory(), size_t(1) << 24);
-}
-
 } // namespace
