@@ -59,6 +59,12 @@ int countOf(int given, const SetSource& source) {
   return count;
 }
 
+/** Tells of values that the file does not hold, which is no error of the system. */
+[[noreturn]] void failShort(const SetSource& source) {
+  errno = 0;
+  fail(CannotRead, source.readReason);
+}
+
 /** Moves to a byte; without one that a position can tell, fails as the system would. */
 void moveTo(const SetSource& source, __int64 position) {
   if (position < 0) errno = EOVERFLOW;
@@ -95,8 +101,8 @@ void VectorSetFiles<T>::requireHeld(const SetSource& source, const SetRequest& r
   const __int64 left = remainingBytes(source.fd);
   const __int64 data = static_cast<__int64>(sizeof(T)) * request.length;
   const __int64 vectors = request.vectors;
-  if (request.coreMode == 1 && vectors > 0 && data > left / vectors) fail(CannotRead);
-  if (vectors > freeVectors && vectors - 1 > left / std::max<__int64>(data, 1)) fail(CannotRead);
+  if (request.coreMode == 1 && vectors > 0 && data > left / vectors) failShort(source);
+  if (vectors > freeVectors && vectors - 1 > left / std::max<__int64>(data, 1)) failShort(source);
 }
 
 template <class T>
