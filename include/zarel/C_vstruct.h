@@ -354,7 +354,7 @@ public:
 
   /**
    * @name Files
-   * docs/formats/vectorsets.md has the bytes. @{
+   * docs/formats/vectorset.md has the bytes. @{
    */
   /** Writes the set in the portable form. Returns 0. Throws 22, 11. */
   int Write(FILE* file) override;

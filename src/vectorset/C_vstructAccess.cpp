@@ -15,6 +15,13 @@ namespace Zarel {
 
 namespace {
 
+/** Throws before memory is taken for a long vector that the file does not hold. */
+template <class T>
+void requireLastValue(FileVector<T>& v) {
+  T last;
+  if (v.Dim() > v.Storage().BufferSize()) v.Storage().Extract(v.Dim() - 1, 1, &last);
+}
+
 /** A view that is moved over a file and goes with its owner. */
 class MovingView {
 public:
@@ -66,6 +73,7 @@ typename C_VSTRUCT<T>::Vector* C_VSTRUCT<T>::operator[](int i) {
   requireVector(i);
   if (!fileResident()) return dynamic_cast<Vector*>(list_[i]);
   withMemory([&] {
+    requireLastValue(onFile<T>(list_[i]));
     work_.Resize(this->rows_);
     work_.Copy(*list_[i]);
   });

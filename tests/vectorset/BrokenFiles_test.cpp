@@ -132,6 +132,21 @@ TYPED_TEST(BrokenSetFile, WithLongVectorsThatAreNotThereTakesNoMemory) {
   }
 }
 
+// The first window is there, the rest is not: that is found out before memory is taken for it.
+TYPED_TEST(BrokenSetFile, WithALongVectorThatEndsEarlyTakesNoMemory) {
+  ZAREL_TYPES;
+  if (storage != Storage::FileResident) return;
+  ByteFile file(raw(1, INT_MAX) + std::string(5000 * sizeof(T), 'x')), out;
+  C_VSTRUCT<T> set;
+  const BlockLimit limit(1 << 24);
+  readAs(set, file.stream(), storage);
+
+  EXPECT_EQ(codeOf([&] { set.GetVal(0, 0); }), 21);
+  EXPECT_EQ(codeOf([&] { set.Write(out.stream()); }), 21);
+
+  EXPECT_LE(BlockLimit::largestAsked(), 1U << 18);
+}
+
 TYPED_TEST(BrokenSetFile, WithAGapBeyondReasonIsTold) {
   ZAREL_TYPES;
   const auto codeWith = [&](__int64 gap) {

@@ -132,8 +132,8 @@ TYPED_TEST(SetFile, GoesBehindTheDataThatItsOwnStreamHolds) {
 
 TYPED_TEST(SetFile, ComesBackInEveryStorage) {
   ZAREL_TYPES;
-  ByteFile file("head" + fileOf(this->values_, 5) + "tail");
-  file.moveTo(4);
+  ByteFile file("headhead" + fileOf(this->values_, 5) + "tail");
+  file.moveTo(8);
   C_VSTRUCT<T> set;
 
   readAs(set, file.stream(), storage);
@@ -142,15 +142,17 @@ TYPED_TEST(SetFile, ComesBackInEveryStorage) {
   EXPECT_EQ(set.getCoreMode(), storage == Storage::InCore ? 1 : 2);
   EXPECT_EQ(set.GetMapFile(), storage != Storage::FileResident);
   EXPECT_EQ(set.getMemOwner(), storage == Storage::InCore);
-  EXPECT_EQ(set.getInitialOffSet(), storage == Storage::Mapped ? 12U : 0U);
-  EXPECT_EQ(file.position(), static_cast<long long>(12 + 15 * sizeof(T)));
+  EXPECT_EQ(set.getInitialOffSet(), storage == Storage::Mapped ? 16U : 0U);
+  EXPECT_EQ(file.position(), static_cast<long long>(16 + 15 * sizeof(T)));
   EXPECT_EQ(contentOf(set), this->values_);
 }
 
 TYPED_TEST(SetFile, TakesCountsFromTheCallerInstead) {
   ZAREL_TYPES;
-  ByteFile bare(fileOf(this->values_, 5).substr(8)), half(fileOf(this->values_, 5).substr(4));
-  ByteFile lengthOnly(raw(3) + fileOf(this->values_, 5).substr(8));
+  const std::string whole = fileOf(this->values_, 5);
+  ByteFile bare(whole.substr(8)), half(whole), lengthOnly("head" + raw(3) + whole.substr(8));
+  half.moveTo(4);
+  lengthOnly.moveTo(4);
   const int mode = storage == Storage::InCore ? 1 : 2;
   const bool map = storage == Storage::Mapped;
   C_VSTRUCT<T> a, b, c;
@@ -193,14 +195,14 @@ TYPED_TEST(SetFile, RestoresWhatWasDumped) {
   const int mode = storage == Storage::InCore ? 1 : 2;
   const support::TempDirectory folder;
   const std::string path = folder.file("set");
-  support::writeBytes(path, "head" + fileOf(this->values_, 5));
+  support::writeBytes(path, "headhead" + fileOf(this->values_, 5));
   std::wstring name = Zarel::toWide(path);
   FILE* stream = std::fopen(path.c_str(), "r+b");
-  lseek(fileno(stream), 4, SEEK_SET);
+  lseek(fileno(stream), 8, SEEK_SET);
   C_VSTRUCT<T> byStream, byName;
 
   EXPECT_EQ(byStream.Restore(name.data(), stream, mode, 0, 0), 0);
-  EXPECT_EQ(byName.Restore(name.data(), 12ULL, mode, 3, 5), 0);
+  EXPECT_EQ(byName.Restore(name.data(), 16ULL, mode, 3, 5), 0);
 
   EXPECT_EQ(contentOf(byStream), this->values_);
   EXPECT_EQ(contentOf(byName), this->values_);
@@ -208,7 +210,7 @@ TYPED_TEST(SetFile, RestoresWhatWasDumped) {
   EXPECT_TRUE(byName.getMemOwner());
   if (mode == 2) {
     EXPECT_EQ(byStream.getDataFileName(), name);
-    EXPECT_EQ(byName.getInitialOffSet(), 12U);
+    EXPECT_EQ(byName.getInitialOffSet(), 16U);
   }
   const int descriptor = byName.getDataFileDescriptor();
   byName.Release(false);
@@ -223,12 +225,12 @@ TYPED_TEST(SetFile, ReadByNameStaysOpenUntilRelease) {
   ZAREL_TYPES;
   const support::TempDirectory folder;
   const std::string path = folder.file("set");
-  const std::string bytes = "head" + fileOf(this->values_, 5);
+  const std::string bytes = "headhead" + fileOf(this->values_, 5);
   support::writeBytes(path, bytes);
   const long before = openDescriptors();
   C_VSTRUCT<T> set;
 
-  set.Read(Zarel::toWide(path).c_str(), 4, storage == Storage::InCore ? 1 : 2,
+  set.Read(Zarel::toWide(path).c_str(), 8, storage == Storage::InCore ? 1 : 2,
            storage == Storage::Mapped, 0, 0, 0);
 
   EXPECT_EQ(contentOf(set), this->values_);
