@@ -333,6 +333,37 @@ TEST(VectorSetOrthonormal, DroppedVectorKeepsItsCoefficients) {
   EXPECT_NEAR(r[1], 10, 1e-13);
 }
 
+/** Temperatures of a cooling rod: each vector adds less than the one before. */
+Dense<double> coolingRod(int vectors, int length) {
+  Dense<double> values(static_cast<std::size_t>(vectors));
+  for (int j = 0; j < vectors; ++j)
+    for (int i = 0; i < length; ++i) {
+      double sum = 0;
+      for (int k = 1; k < 20; ++k)
+        sum +=
+            std::exp(-0.05 * k * k * j) * std::sin(3.1415926535 * k * (i + 1) / (length + 1)) / k;
+      values[static_cast<std::size_t>(j)].push_back(sum);
+    }
+  return values;
+}
+
+TEST(VectorSetOrthonormal, BlocksDropWhatSingleVectorsDrop) {
+  const auto values = coolingRod(70, 100);
+  for (const double tol : {1e-3, 1e-6, 1e-9}) {
+    Set blocks(1, 70, 100, nullptr);
+    MadeSet<double> single(Storage::FileResident, values, 100); // no matrix: one after the other
+    Counts fromBlocks;
+    Counts fromSingle;
+
+    filled(blocks, values).GramSchmidt(tol, 0, &fromBlocks, nullptr);
+    EXPECT_EQ(codeOf([&] { single->GramSchmidt(tol, 0, &fromSingle, nullptr); }), 2870)
+        << "an adopted file is not cut";
+
+    EXPECT_EQ(listOf(fromBlocks), listOf(fromSingle)) << "tolerance " << tol;
+    expectOrthonormal(contentOf(blocks), 1e-14);
+  }
+}
+
 TEST(VectorSetOrthonormal, OneOfTheTwoResultsMayBeMissing) {
   const Dense<double> values{{3, 4}, {6, 8}, {1, 0}};
   Set a(1, 3, 2, nullptr);
