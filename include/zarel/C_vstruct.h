@@ -41,6 +41,7 @@ template <class T>
 struct VectorSetFiles;
 template <class T>
 class CoefficientSink;
+class RowPanels;
 
 /** Keeps the inherited change of shape away from the shape that the storage of a set stands on. */
 template <class T>
@@ -472,6 +473,7 @@ private:
   void mvOneBlock(T* x, T* y, bool transpose, int first, int count);
   void mvTransposed(T* x, T* y, int first, int last);
   void mvPlain(T* x, T* y, int first, int last);
+  RowPanels rowPanels() const;
   void gramByVectors(C_MatMGe<T>& M);
   void productByVectors(C_VSTRUCT& Q1, C_MatMGe<T>& M, int n);
   int orthonormaliseByBlocks(double tol, int start, CoefficientSink<T>& sink, T* data, int lead);

@@ -20,6 +20,7 @@
 #include "containers/scalars.h"
 #include <zarel/C_Lapack.h>
 
+#include "vectorset/RowPanels.h"
 #include "vectorset/blas3.h"
 
 namespace Zarel {
@@ -64,8 +65,14 @@ public:
   /** Vectors that are projected at a time. */
   static constexpr int blockSize = 48;
 
-  BlockGramSchmidt(Columns<T> vectors, double tolerance, int start, CoefficientSink<T>& sink)
-      : all_(vectors), tolerance_(tolerance), start_(start), kept_(start), sink_(sink) {}
+  BlockGramSchmidt(Columns<T> vectors, const RowPanels& panels, double tolerance, int start,
+                   CoefficientSink<T>& sink)
+      : all_(vectors),
+        panels_(panels),
+        tolerance_(tolerance),
+        start_(start),
+        kept_(start),
+        sink_(sink) {}
 
   /** Treats the vectors up to `count` and returns how many are kept, those before start included.
    */
@@ -126,11 +133,39 @@ private:
   /** H := Q^H B, B := B - Q H for the first `width` vectors of the block. */
   void project(int q, int width, C_MatMGe<T>& h) {
     if (q == 0 || width == 0) return;
-    const Columns<T> kept = all_.from(start_);
-    Lapack::gemm('C', 'N', q, width, all_.rows, T(1), kept.data, all_.lead, block_.data, all_.lead,
-                 T(0), h.Adr(), q);
-    Lapack::gemm('N', 'N', all_.rows, width, q, T(-1), kept.data, all_.lead, h.Adr(), q, T(1),
-                 block_.data, all_.lead);
+    product({start_, q}, {first_, width}, h);
+    subtractProduct({start_, q}, {first_, width}, h);
+  }
+
+  /** H := A^H B */
+  void product(VectorRange a, VectorRange b, C_MatMGe<T>& h) {
+    panels_.forEach(a, b, [&](int row, int rows) {
+      Lapack::gemm('C', 'N', a.count, b.count, rows, T(1), all_[a.first] + row, all_.lead,
+                   all_[b.first] + row, all_.lead, T(row == 0 ? 0 : 1), h.Adr(), a.count);
+    });
+  }
+
+  /** B := B - A H */
+  void subtractProduct(VectorRange a, VectorRange b, C_MatMGe<T>& h) {
+    panels_.forEach(a, b, [&](int row, int rows) {
+      Lapack::gemm('N', 'N', rows, b.count, a.count, T(-1), all_[a.first] + row, all_.lead, h.Adr(),
+                   a.count, T(1), all_[b.first] + row, all_.lead);
+    });
+  }
+
+  /** G := the upper triangle of B^H B for vectors of the block */
+  void gram(int at, int count) {
+    g_.Resize(count, count);
+    panels_.forEach({first_ + at, count}, {0, 0}, [&](int row, int rows) {
+      Blas::gramUpper(count, rows, block_[at] + row, all_.lead, row == 0 ? 0 : 1, g_.Adr(), count);
+    });
+  }
+
+  /** B := B S^-1 for vectors of the block */
+  void divide(int at, int count, C_MatMGe<T>& s) {
+    panels_.forEach({first_ + at, count}, {0, 0}, [&](int row, int rows) {
+      Blas::divideByUpper(rows, count, s.Adr(), count, block_[at] + row, all_.lead);
+    });
   }
 
   // Step 2.
@@ -155,8 +190,7 @@ private:
   /** Decides on vectors from `at` on; returns the first one on which the Gram matrix cannot. */
   int decideGroup(int at) {
     const int w = width_ - at;
-    g_.Resize(w, w);
-    Blas::gramUpper(w, all_.rows, block_[at], all_.lead, g_.Adr(), w);
+    gram(at, w);
     group_.clear();
     for (int c = 0; c < w; ++c) {
       const double length2 = modulus(g_(c, c));
@@ -209,16 +243,14 @@ private:
       const int from = groupAt_ + group_[static_cast<std::size_t>(a)];
       if (from != blockKept_ + a) std::copy_n(block_[from], all_.rows, block_[blockKept_ + a]);
     }
-    Blas::divideByUpper(all_.rows, k, small_.Adr(), k, block_[blockKept_], all_.lead);
+    divide(blockKept_, k, small_);
   }
 
   void projectRest(int k, int end) {
     const int w = width_ - end;
     small_.Resize(k, w);
-    Lapack::gemm('C', 'N', k, w, all_.rows, T(1), block_[blockKept_], all_.lead, block_[end],
-                 all_.lead, T(0), small_.Adr(), k);
-    Lapack::gemm('N', 'N', all_.rows, w, k, T(-1), block_[blockKept_], all_.lead, small_.Adr(), k,
-                 T(1), block_[end], all_.lead);
+    product({first_ + blockKept_, k}, {first_ + end, w}, small_);
+    subtractProduct({first_ + blockKept_, k}, {first_ + end, w}, small_);
     for (int c = 0; c < w; ++c)
       for (int a = 0; a < k; ++a)
         s_(blockKept_ + a, end + c) += small_(a, c);
@@ -232,10 +264,9 @@ private:
     if (q > 0) // H := H + H2 S
       Lapack::gemm('N', 'N', q, width_, k, T(1), h2_.Adr(), q, s_.Adr(), s_.LeadDim(), T(1),
                    h_.Adr(), q);
-    g_.Resize(k, k);
-    Blas::gramUpper(k, all_.rows, block_.data, all_.lead, g_.Adr(), k);
+    gram(0, k);
     if (factorGram(k))
-      Blas::divideByUpper(all_.rows, k, g_.Adr(), k, block_.data, all_.lead);
+      divide(0, k, g_);
     else
       oneByOne(k);
     applyFactor(k);
@@ -304,6 +335,7 @@ private:
   }
 
   Columns<T> all_;
+  RowPanels panels_;
   double tolerance_;
   int start_;
   int kept_;

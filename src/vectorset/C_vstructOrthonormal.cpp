@@ -115,7 +115,7 @@ int C_VSTRUCT<T>::orthonormaliseByBlocks(double tol, int start, CoefficientSink<
   } else {
     // The vectors before `start` take no part: the matrix may begin behind them.
     const Columns<T> vectors{data - static_cast<std::ptrdiff_t>(start) * lead, this->rows_, lead};
-    return BlockGramSchmidt<T>(vectors, tol, start, sink).run(this->columns_);
+    return BlockGramSchmidt<T>(vectors, rowPanels(), tol, start, sink).run(this->columns_);
   }
 }
 

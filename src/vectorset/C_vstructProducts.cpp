@@ -8,7 +8,9 @@
 #include <zarel/C_Lapack.h>
 
 #include "containers/blas.h"
+#include "vectorset/RowPanels.h"
 #include "vectorset/blas3.h"
+#include "vectorset/block.h"
 #include "vectorset/instantiate.h"
 #include "vectorset/steps.h"
 #include "vectorset/walk.h"
@@ -38,6 +40,15 @@ bool C_VSTRUCT<T>::asMatrix(int first, int last, T*& data, int& lead) {
   data = (*this)[first]->Adr(0);
   lead = static_cast<int>(stride / sizeof(T));
   return true;
+}
+
+/** The panels of the vectors that are mapped now, or lie in memory. */
+template <class T>
+RowPanels C_VSTRUCT<T>::rowPanels() const {
+  if (blocks_.empty()) return RowPanels(this->rows_);
+  const _Cblock& block = *blocks_.back();
+  return RowPanels(this->rows_, sizeof(T), *block.view, static_cast<int>(block.first),
+                   strideBytes());
 }
 
 template <class T>
@@ -152,7 +163,9 @@ int C_VSTRUCT<T>::MatQtQ(C_MatMGe<T>& M) {
   if constexpr (std::is_integral_v<T>)
     gramByVectors(M);
   else if (asMatrix(0, n - 1, data, lead))
-    Blas::gramUpper(n, this->rows_, data, lead, M.Adr(), M.LeadDim());
+    rowPanels().forEach({0, n}, {0, 0}, [&](int row, int rows) {
+      Blas::gramUpper(n, rows, data + row, lead, row == 0 ? 0 : 1, M.Adr(), M.LeadDim());
+    });
   else
     gramByVectors(M);
   for (int j = 0; j < n; ++j)

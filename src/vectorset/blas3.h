@@ -15,21 +15,21 @@ inline char* option(const char* letter) {
   return const_cast<char*>(letter);
 }
 
-// The upper triangle of C := A^H A, A m x n.
+// The upper triangle of C := A^H A + beta C, A m x n.
 
-inline void gramUpper(int n, int m, float* a, int lda, float* c, int ldc) {
-  ITF_ssyrk(option("U"), option("C"), n, m, 1, a, lda, 0, c, ldc);
+inline void gramUpper(int n, int m, float* a, int lda, double beta, float* c, int ldc) {
+  ITF_ssyrk(option("U"), option("C"), n, m, 1, a, lda, static_cast<float>(beta), c, ldc);
 }
-inline void gramUpper(int n, int m, double* a, int lda, double* c, int ldc) {
-  ITF_dsyrk(option("U"), option("C"), n, m, 1, a, lda, 0, c, ldc);
+inline void gramUpper(int n, int m, double* a, int lda, double beta, double* c, int ldc) {
+  ITF_dsyrk(option("U"), option("C"), n, m, 1, a, lda, beta, c, ldc);
 }
-inline void gramUpper(int n, int m, std::complex<float>* a, int lda, std::complex<float>* c,
-                      int ldc) {
-  ITF_cherk(option("U"), option("C"), n, m, 1, a, lda, 0, c, ldc);
+inline void gramUpper(int n, int m, std::complex<float>* a, int lda, double beta,
+                      std::complex<float>* c, int ldc) {
+  ITF_cherk(option("U"), option("C"), n, m, 1, a, lda, static_cast<float>(beta), c, ldc);
 }
-inline void gramUpper(int n, int m, std::complex<double>* a, int lda, std::complex<double>* c,
-                      int ldc) {
-  ITF_zherk(option("U"), option("C"), n, m, 1, a, lda, 0, c, ldc);
+inline void gramUpper(int n, int m, std::complex<double>* a, int lda, double beta,
+                      std::complex<double>* c, int ldc) {
+  ITF_zherk(option("U"), option("C"), n, m, 1, a, lda, beta, c, ldc);
 }
 
 // A := A S^-1, A m x n, S upper triangular.
