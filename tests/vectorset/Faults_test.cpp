@@ -71,6 +71,42 @@ TEST_F(Faults, MemoryFailsWhileASetLives) {
     withoutMemory([&] { live(mode); });
 }
 
+TEST_F(Faults, LackOfMemoryIsToldAsSuch) {
+  support::capture([&] {
+    for (const int mode : {1, 2})
+      for (long n = 1;; ++n) {
+        const support::FailingAllocation failing(n);
+        const int made = codeOf([&] { Set set(mode, 2, 3, nullptr); });
+        if (!support::FailingAllocation::happened()) break;
+        EXPECT_TRUE(made == 1 || made == 4) << "allocation " << n << " told as " << made;
+      }
+  });
+}
+
+TEST_F(Faults, LackOfMemoryLeavesASetAsItWas) {
+  const auto values = randomDense<double>(3, 4);
+  support::capture([&] {
+    for (const int mode : {1, 2}) {
+      Set set(mode, 3, 4, nullptr);
+      fillSet(set, values);
+      for (const int size : {6, 2}) {
+        long n = 0;
+        int code = 1;
+        while (code == 1) {
+          const support::FailingAllocation failing(++n);
+          code = codeOf([&] { set.Resize(size, nullptr); });
+          if (code != 1) break;
+          EXPECT_EQ(set.getDim(), 3);
+        }
+        EXPECT_EQ(code, 0);
+        EXPECT_EQ(set.getDim(), size);
+        set.Resize(3, nullptr);
+      }
+      EXPECT_EQ(partOf(contentOf(set), 0, 2, 0, 4), partOf(values, 0, 2, 0, 4));
+    }
+  });
+}
+
 TEST_F(Faults, SystemFailsWhileASetLives) {
   withoutSystem([&] { live(2); });
 }

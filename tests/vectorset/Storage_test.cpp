@@ -163,15 +163,6 @@ TEST(VectorSet, NegativeCountsAreZero) {
   }
 }
 
-TEST(VectorSet, MoreThanAnyMemoryIsRefused) {
-  Set set;
-  EXPECT_EQ(codeOf([&] { set.Allocate(1, 100000, 2147483647, nullptr); }), 1);
-  EXPECT_FALSE(set.isValid());
-  set.Allocate(1, 1, 100000000, nullptr); // zero pages that nobody touches
-  support::capture([&] { EXPECT_EQ(codeOf([&] { set.Resize(1000000, nullptr); }), 1); });
-  EXPECT_EQ(set.getDim(), 1);
-}
-
 TEST(VectorSet, ForeignMemoryIsUsedInPlace) {
   std::vector<double> data{1, 2, 3, 4, 5, 6};
   Set set(2, 3, data.data());
