@@ -3,6 +3,8 @@
 
 #include <cerrno>
 #include <climits>
+#include <memory>
+
 #include <fcntl.h>
 
 #include <zarel/C_MapManager.h>
@@ -34,11 +36,11 @@ struct NewFile {
 };
 
 std::wstring temporaryName(const std::wstring& prefix) {
-  wchar_t* const name = zarel_tempnam(nullptr, prefix.c_str());
+  const auto release = [](wchar_t* text) { zarelmem_free(text, __FILE__, __LINE__); };
+  const std::unique_ptr<wchar_t, decltype(release)> name(zarel_tempnam(nullptr, prefix.c_str()),
+                                                         release);
   if (name == nullptr) fail(NoFileName);
-  const std::wstring result(name);
-  zarelmem_free(name, __FILE__, __LINE__);
-  return result;
+  return name.get();
 }
 
 /** A file that nobody else has: should the name be taken meanwhile, another one is tried. */
