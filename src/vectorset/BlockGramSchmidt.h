@@ -49,14 +49,16 @@ public:
                       double norm0) = 0;
 };
 
-/** Vectors in a matrix by columns. */
+/** Vectors in a matrix by columns; `data` is the first of them, with the number `origin`. */
 template <class T>
 struct Columns {
   T* data;
   int rows;
   int lead;
-  T* operator[](int j) const { return data + static_cast<std::ptrdiff_t>(j) * lead; }
-  Columns from(int j) const { return {(*this)[j], rows, lead}; }
+  int origin;
+  T* operator[](int j) const { return data + static_cast<std::ptrdiff_t>(j - origin) * lead; }
+  /** The same with numbers that begin at vector `j`. */
+  Columns from(int j) const { return {(*this)[j], rows, lead, 0}; }
 };
 
 template <class T>
@@ -341,7 +343,7 @@ private:
   int kept_;
   CoefficientSink<T>& sink_;
 
-  Columns<T> block_{nullptr, 0, 0};
+  Columns<T> block_{nullptr, 0, 0, 0};
   int first_ = 0;
   int width_ = 0;
   int blockKept_ = 0;

@@ -113,8 +113,7 @@ int C_VSTRUCT<T>::orthonormaliseByBlocks(double tol, int start, CoefficientSink<
   if constexpr (std::is_integral_v<T>) {
     fail(NotForScalar);
   } else {
-    // The vectors before `start` take no part: the matrix may begin behind them.
-    const Columns<T> vectors{data - static_cast<std::ptrdiff_t>(start) * lead, this->rows_, lead};
+    const Columns<T> vectors{data, this->rows_, lead, start};
     return BlockGramSchmidt<T>(vectors, rowPanels(), tol, start, sink).run(this->columns_);
   }
 }

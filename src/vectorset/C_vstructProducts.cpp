@@ -17,6 +17,20 @@
 
 namespace Zarel {
 
+namespace {
+
+/** C := A^H B for the first `n` vectors each. */
+template <class T>
+void mutualProduct(int n, const RowPanels& left, T* a, int lda, const RowPanels& right, T* b,
+                   int ldb, T* c) {
+  right.forEach({0, n}, {0, 0}, [&](int row, int rows) {
+    left.prepare({0, n}, row, rows);
+    Lapack::gemm('C', 'N', n, n, rows, T(1), a + row, lda, b + row, ldb, T(row == 0 ? 0 : 1), c, n);
+  });
+}
+
+} // namespace
+
 /** Throws 12 for an operand without values in memory. */
 template <class T>
 void C_VSTRUCT<T>::requireOperand(C_Vec<T, int>& v) const {
@@ -212,7 +226,7 @@ int C_VSTRUCT<T>::MatQ1tQ(C_VSTRUCT& Q1, C_MatMGe<T>& M, int n) {
     int lda = 0;
     int ldb = 0;
     if (Q1.asMatrix(0, Q1.columns_ - 1, a, lda) && asMatrix(0, this->columns_ - 1, b, ldb))
-      Lapack::gemm('C', 'N', n, n, this->rows_, T(1), a, lda, b, ldb, T(0), M.Adr(), n);
+      mutualProduct(n, Q1.rowPanels(), a, lda, rowPanels(), b, ldb, M.Adr());
     else
       productByVectors(Q1, M, n);
   }

@@ -33,12 +33,22 @@ public:
   template <class Work>
   void forEach(VectorRange a, VectorRange b, Work work) const {
     const int most = panelRows(a.count + b.count);
-    for (int row = 0; row < rows_; row += most) {
-      const int rows = std::min(most, rows_ - row);
+    for (int row = 0, rows = 0; row < rows_; row += rows) {
+      rows = std::min(most, rows_ - row);
       prepare(a, row, rows);
       prepare(b, row, rows);
       work(row, rows);
     }
+  }
+
+  /** Has the rows `row` to `row + rows` of some vectors read. */
+  void prepare(VectorRange vectors, int row, int rows) const {
+    if (view_ == nullptr) return;
+    for (int j = vectors.first; j < vectors.first + vectors.count; ++j)
+      view_->Advise(E_MapReadAll,
+                    static_cast<unsigned __int64>(j - first_) * stride_ +
+                        static_cast<unsigned __int64>(row) * width_,
+                    static_cast<unsigned __int64>(rows) * width_);
   }
 
 private:
@@ -49,15 +59,6 @@ private:
     const unsigned __int64 fitting = rangeBytes / (static_cast<std::size_t>(vectors) * width_);
     const auto rows = static_cast<unsigned __int64>(std::max(rows_, 1));
     return static_cast<int>(std::min(std::max(fitting / 8 * 8, leastRows), rows));
-  }
-
-  void prepare(VectorRange vectors, int row, int rows) const {
-    if (view_ == nullptr) return;
-    for (int j = vectors.first; j < vectors.first + vectors.count; ++j)
-      view_->Advise(E_MapReadAll,
-                    static_cast<unsigned __int64>(j - first_) * stride_ +
-                        static_cast<unsigned __int64>(row) * width_,
-                    static_cast<unsigned __int64>(rows) * width_);
   }
 
   int rows_;

@@ -486,4 +486,71 @@ TEST(VectorSetOrthonormal, LeavesNothingMapped) {
   EXPECT_FALSE(set.isMapped(0) || set.isMapped(1) || set.isMapped(2));
 }
 
+/** 72 MB, more than a pass over a mapped set takes at a time. */
+class LargeMappedSet : public ::testing::Test {
+protected:
+  static constexpr int vectors = 3;
+  static constexpr int length = 3000000;
+
+  LargeMappedSet() {
+    Noise noise;
+    for (int j = 0; j < vectors; ++j) {
+      double* const values = inCore[j]->Adr(0);
+      for (int i = 0; i < length; ++i)
+        values[i] = noise.next();
+    }
+    mapped.Initialize(inCore);
+  }
+  /** Expects two matrices to differ by the rounding of sums in another order. */
+  static void expectEqual(C_MatMGe<double>& a, C_MatMGe<double>& b, double scale) {
+    ASSERT_EQ(a.NbVal(), b.NbVal());
+    for (__int64 k = 0; k < a.NbVal(); ++k)
+      EXPECT_NEAR(a.Adr()[k], b.Adr()[k], 1e-12 * scale);
+  }
+
+  Set inCore{1, vectors, length, nullptr};
+  Set mapped{2, vectors, length, nullptr};
+};
+
+TEST_F(LargeMappedSet, IsMultipliedInPieces) {
+  C_MatMGe<double> expected;
+  C_MatMGe<double> M;
+  inCore.MatQtQ(expected);
+
+  mapped.MatQtQ(M);
+  expectEqual(M, expected, length);
+  mapped.MatQ1tQ(mapped, M, -1);
+  expectEqual(M, expected, length);
+  inCore.MatQ1tQ(mapped, M, -1);
+  expectEqual(M, expected, length);
+  mapped.UnmapAllBlocks();
+
+  Vec<double> x = vecOf<double>({1, -2, 3});
+  Vec<double> y;
+  Vec<double> z;
+  inCore.Mv(x, y, false, 0, -1);
+  mapped.Mv(x, z, false, 0, -1);
+  EXPECT_LE((y -= z).NrmInf(), 1e-14);
+  inCore.Mv(z, y, true, 0, -1);
+  mapped.Mv(z, x, true, 0, -1);
+  EXPECT_LE((y -= x).NrmInf(), 1e-12 * length);
+}
+
+TEST_F(LargeMappedSet, IsMadeOrthonormalInPieces) {
+  Counts lengths;
+  Vec<double> expected;
+  Vec<double> r;
+  inCore.GramSchmidt(1e-10, 0, &lengths, &expected);
+
+  mapped.GramSchmidt(1e-10, 0, &lengths, &r);
+
+  ASSERT_EQ(r.Dim(), 6);
+  EXPECT_LE((expected -= r).NrmInf(), 1e-9);
+  C_MatMGe<double> M;
+  mapped.MatQtQ(M);
+  for (int i = 0; i < vectors; ++i)
+    for (int j = 0; j < vectors; ++j)
+      EXPECT_NEAR(M(i, j), i == j ? 1 : 0, 1e-13);
+}
+
 } // namespace
