@@ -60,7 +60,7 @@ void C_VSTRUCT<T>::linkOutOfCore(C_VSTRUCT& other, int firstVec, int firstRow) {
   if (!mapFile_) {
     for (int j = 0; j < this->columns_; ++j) {
       list_[j] = onFile<T>(other.list_[firstVec + j]).Lnk(firstRow);
-      list_[j]->Resize(this->rows_);
+      if (this->rows_ > 0) list_[j]->Resize(this->rows_); // a vector on a file has no size 0
     }
   }
   growList(this->columns_);

@@ -72,6 +72,18 @@ TYPED_TEST(SetFile, OfALinkIsItsRectangle) {
   EXPECT_EQ(rows.bytes(), raw(10, 2) + rowsOf(partOf(values, 1, 3, 10, 20), 10));
 }
 
+TYPED_TEST(SetFile, OfALinkWithoutRowsOrVectorsIsTheCountsAlone) {
+  ZAREL_TYPES;
+  MadeSet<T> set(storage, this->values_, 5);
+  C_VSTRUCT<T> flat(*set, 1, 3, 2, 2), none(*set, 2, 2, 0, -1);
+  ByteFile file;
+
+  flat.Write(file.stream());
+  none.Dump(file.stream());
+
+  EXPECT_EQ(file.bytes(), raw(2, 0, 0, 5));
+}
+
 TYPED_TEST(SetFile, ByRowsTellsItsCountsInAnotherOrderInEachForm) {
   ZAREL_TYPES;
   MadeSet<T> set(storage, this->values_, 5);
