@@ -2,6 +2,7 @@
 #include <zarel/C_vstruct.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <memory>
 
 #include <zarel/C_MessageTool.h>
@@ -91,11 +92,16 @@ void C_VSTRUCT<T>::_UnmapBlock(_Cblock* block) {
     C_MessageTool::HandleMessage(e, E_MsgError, 0);
     fail(NotUnmapped, reasonInErrno);
   }
-  // The manager reports a refusal itself and leaves the view as it was.
-  if (block->view->GetPtrUser() != nullptr) fail(NotUnmapped, reasonInErrno);
+  // The manager reports a refusal itself and leaves the view as it was. The range is forgotten all
+  // the same: whether the addresses are free is not known, and a second try could end a mapping of
+  // others.
+  const bool refused = block->view->GetPtrUser() != nullptr;
+  const int error = errno;
   blocks_.erase(place);
   delete block->view;
   delete block;
+  errno = error;
+  if (refused) fail(NotUnmapped, reasonInErrno);
 }
 
 /** Drops the records of ranges that the system does not let go. */
