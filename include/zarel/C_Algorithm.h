@@ -8,6 +8,7 @@
 #include <iosfwd>
 #include <map>
 #include <string>
+#include <utility>
 
 #include <zarel/C_Entity.h>
 #include <zarel/C_ProgressEngine.h>
@@ -74,7 +75,9 @@ public:
   virtual void setOption(std::string name, int value);
   virtual void setOption(std::string name, bool value);
   /** A literal is a text, not a truth value. */
-  void setOption(std::string name, char const* value) { setOption(name, std::string(value)); }
+  void setOption(std::string name, char const* value) {
+    setOption(std::move(name), std::string(value));
+  }
   /** @} */
 
   /** @name Reading

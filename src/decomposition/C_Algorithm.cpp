@@ -31,7 +31,8 @@ int C_Algorithm::Run(C_ItfAlgorithm&) {
   return 0;
 }
 
-// The operations of one table.
+// The operations of one table. Names are taken by value, as hosts that override them expect.
+// NOLINTBEGIN(performance-unnecessary-value-param)
 #define ZAREL_OPTION(T, LETTER, TABLE)                                                             \
   void C_Algorithm::setOption(std::string name, T value) {                                         \
     TABLE[name] = value;                                                                           \
@@ -50,6 +51,7 @@ ZAREL_OPTION(int, i, _intOptions)
 ZAREL_OPTION(double, d, _doubleOptions)
 ZAREL_OPTION(std::string, s, _stringOptions)
 #undef ZAREL_OPTION
+// NOLINTEND(performance-unnecessary-value-param)
 
 void C_Algorithm::DisplayConfiguration(C_ZarelMessage& message) {
   if (!message.IsActive()) return;

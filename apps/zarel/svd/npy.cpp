@@ -48,7 +48,7 @@ private:
     if (quote != '\'' && quote != '"') fail("its head has no text where one belongs");
     const std::size_t end = text_.find(quote, ++at_);
     if (end == std::string_view::npos) fail("its head ends early");
-    const std::string word(text_.substr(at_, end - at_));
+    std::string word(text_.substr(at_, end - at_));
     at_ = end + 1;
     return word;
   }
@@ -57,7 +57,7 @@ private:
     std::size_t end = at_;
     while (end < text_.size() && std::isalpha(static_cast<unsigned char>(text_[end])) != 0)
       ++end;
-    const std::string result(text_.substr(at_, end - at_));
+    std::string result(text_.substr(at_, end - at_));
     at_ = end;
     return result;
   }
