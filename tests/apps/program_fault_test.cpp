@@ -13,6 +13,8 @@
 #include <thread>
 #include <unistd.h>
 
+#include "support/sanitizers.h"
+
 using apptest::Around;
 using apptest::Outcome;
 using apptest::Words;
@@ -142,9 +144,8 @@ TEST_F(Faults, DamagedModelsAreRefusedInOneMessage) {
 }
 
 TEST_F(Faults, WantOfMemoryIsToldAndLeavesTheFormerModel) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-  GTEST_SKIP() << "sanitizers reserve more address space than this leaves";
-#else
+  if (support::addressSanitizer || support::threadSanitizer)
+    GTEST_SKIP() << "sanitizers reserve more address space than this leaves";
   // The factor of 12000 samples takes 1.1 GiB, which is more than the address space allowed.
   std::string csv = "a,y\n";
   for (int i = 0; i < 12000; ++i)
@@ -163,7 +164,6 @@ TEST_F(Faults, WantOfMemoryIsToldAndLeavesTheFormerModel) {
   EXPECT_EQ(run.code, 1) << run.err;
   EXPECT_THAT(run.err, HasSubstr("zarel: error: out of memory\n       fit fewer samples"));
   EXPECT_EQ(read("m"), "former");
-#endif
 }
 
 TEST_F(Faults, LibraryMessagesNeverMixWithData) {

@@ -9,6 +9,8 @@
 
 #include <zarel/KrigingList.h>
 
+#include "support/sanitizers.h"
+
 using apptest::Around;
 using apptest::firstLine;
 using apptest::numbersOf;
@@ -217,11 +219,8 @@ TEST_F(Predict, StreamsInBoundedMemory) {
 
   EXPECT_EQ(run.code, 0) << run.err;
   EXPECT_GT(std::filesystem::file_size(path("o.csv")), 30u << 20);
-#if defined(__SANITIZE_ADDRESS__)
-  const long slack = 300 << 10; // freed blocks stay in quarantine
-#else
-  const long slack = 8 << 10;
-#endif
+  // The sanitizer keeps freed blocks in quarantine.
+  const long slack = support::addressSanitizer ? 300 << 10 : 8 << 10;
   EXPECT_LT(run.peakKiB, small.peakKiB + slack);
 }
 

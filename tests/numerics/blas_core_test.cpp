@@ -11,6 +11,7 @@
 #include <zarel/blas_info.h>
 
 #include "numerics/blas_core.h"
+#include "support/sanitizers.h"
 
 using Zarel::numerics::betterCore;
 using Zarel::numerics::CpuWords;
@@ -94,18 +95,8 @@ TEST(BetterCore, IsOneThatThisOpenBlasHas) {
             "");
 }
 
-/** ThreadSanitizer starts a thread before main, so under it the choice is always left alone. */
-#if defined(__SANITIZE_THREAD__)
-constexpr bool threadSanitizer = true;
-#elif defined(__has_feature)
-#if __has_feature(thread_sanitizer)
-constexpr bool threadSanitizer = true;
-#else
-constexpr bool threadSanitizer = false;
-#endif
-#else
-constexpr bool threadSanitizer = false;
-#endif
+/** It starts a thread before main, so under it the choice is always left alone. */
+using support::threadSanitizer;
 
 using Answers = std::map<std::string, std::string>;
 
