@@ -474,6 +474,7 @@ private:
   void mvTransposed(T* x, T* y, int first, int last);
   void mvPlain(T* x, T* y, int first, int last);
   RowPanels rowPanels() const;
+  bool gramByPanels(C_MatMGe<T>& M);
   void gramByVectors(C_MatMGe<T>& M);
   void productByVectors(C_VSTRUCT& Q1, C_MatMGe<T>& M, int n);
   int orthonormaliseByBlocks(double tol, int start, CoefficientSink<T>& sink, T* data, int lead);

@@ -1,5 +1,7 @@
 #include <zarel/C_Communicator.h>
 
+#include <utility>
+
 C_Communicator* C_Communicator::S_comm = nullptr;
 
 C_Communicator::C_Communicator() : C_Communicator(0, 1) {}
@@ -25,7 +27,7 @@ int C_Communicator::World() {
 
 std::string C_Communicator::CreateDName(std::string prefix, std::string suffix) {
   if (_size != 1) prefix += std::to_string(_cpuNum);
-  return prefix + suffix;
+  return std::move(prefix) + std::move(suffix);
 }
 
 // One process has nobody to talk to, and its own values are the result of every reduction.

@@ -222,7 +222,7 @@ private:
   }
 
   void decide(int at, int c, double norm1, bool tooShort) {
-    Input& input = *active_[static_cast<std::size_t>(at + c)];
+    Input& input = *active_[static_cast<std::size_t>(at) + static_cast<std::size_t>(c)];
     const int k = static_cast<int>(group_.size());
     input.before = blockKept_ + k;
     for (int a = 0; a < k; ++a)

@@ -172,16 +172,7 @@ int C_VSTRUCT<T>::MatQtQ(C_MatMGe<T>& M) {
   if (n == 0 || this->rows_ == 0) return 0;
   const auto end = static_cast<unsigned int>(n - 1);
   const bool stays = isMapped(0, end);
-  T* data = nullptr;
-  int lead = 0;
-  if constexpr (std::is_integral_v<T>)
-    gramByVectors(M);
-  else if (asMatrix(0, n - 1, data, lead))
-    rowPanels().forEach({0, n}, {0, 0}, [&](int row, int rows) {
-      Blas::gramUpper(n, rows, data + row, lead, row == 0 ? 0 : 1, M.Adr(), M.LeadDim());
-    });
-  else
-    gramByVectors(M);
+  if (!gramByPanels(M)) gramByVectors(M);
   for (int j = 0; j < n; ++j)
     for (int i = 0; i < j; ++i)
       M(j, i) = M(i, j);
@@ -190,6 +181,23 @@ int C_VSTRUCT<T>::MatQtQ(C_MatMGe<T>& M) {
     MapBlock(end, end);
   }
   return 0;
+}
+
+/** Sums the products of panels of rows. False for integers, and for a set that is no matrix. */
+template <class T>
+bool C_VSTRUCT<T>::gramByPanels([[maybe_unused]] C_MatMGe<T>& M) {
+  if constexpr (std::is_integral_v<T>) {
+    return false;
+  } else {
+    const int n = this->columns_;
+    T* data = nullptr;
+    int lead = 0;
+    if (!asMatrix(0, n - 1, data, lead)) return false;
+    rowPanels().forEach({0, n}, {0, 0}, [&](int row, int rows) {
+      Blas::gramUpper(n, rows, data + row, lead, row == 0 ? 0 : 1, M.Adr(), M.LeadDim());
+    });
+    return true;
+  }
 }
 
 /** A copy of vector i lets the range move on to vector j. */
