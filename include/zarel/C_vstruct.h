@@ -186,7 +186,7 @@ public:
    * Brings the vectors `first` to `last` (both included; a `last` past the end means the end) into
    * memory. Returns the id of the range, or 0 if nothing had to be mapped. A range that holds all
    * of them already stays; any other is dropped first. The flag has no effect. Throws 11, 12, 13,
-   * 14, 1; after a failure nothing is mapped.
+   * 14, 1; after all but 11 and 12 nothing is mapped then.
    */
   unsigned int MapBlock(unsigned int first, unsigned int last, int* err, bool flag);
   unsigned int MapBlock(unsigned int first, unsigned int last, bool flag = false);

@@ -70,6 +70,7 @@ void C_VSTRUCT<T>::linkOutOfCore(C_VSTRUCT& other, int firstVec, int firstRow) {
 
 template <class T>
 typename C_VSTRUCT<T>::Vector* C_VSTRUCT<T>::operator[](int i) {
+  requireValid();
   requireVector(i);
   if (!fileResident()) return dynamic_cast<Vector*>(list_[i]);
   withMemory([&] {
@@ -113,6 +114,7 @@ T C_VSTRUCT<T>::GetVal(int row, int column) {
 
 template <class T>
 int C_VSTRUCT<T>::SetVal(int row, int column, T value) {
+  requireValid();
   if (row < 0 || row >= this->rows_) fail(OutOfRange);
   requireVector(column);
   if (fileResident()) return onFile<T>(list_[column]).Storage().Store(row, 1, &value);

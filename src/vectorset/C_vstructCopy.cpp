@@ -108,8 +108,10 @@ int C_VSTRUCT<T>::Extract(C_MatMGe<T>& M, BVEC* mask, int first, int last) {
   if (first < 0 || last < first || last > this->columns_) fail(OutOfRange);
   const int chosen = LM_bv_nb_on(mask);
   // The columns go where they stand in the set: those from `first` on need their place before.
-  const __int64 room = std::max<__int64>(M.NbVal(), static_cast<__int64>(chosen) * (last - first));
-  if (first<last&& static_cast<__int64>(chosen) * last> room) fail(OutOfRange);
+  const auto places = [chosen](int columns) { return static_cast<__int64>(chosen) * columns; };
+  const __int64 room = std::max<__int64>(M.NbVal(), places(last - first));
+  const bool fits = places(last) <= room;
+  if (first < last && !fits) fail(OutOfRange);
   M.Resize(chosen, last - first);
   for (int j = first; j < last; ++j)
     withVector(j, [&] {

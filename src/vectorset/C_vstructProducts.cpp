@@ -151,12 +151,15 @@ template <class T>
 void C_VSTRUCT<T>::MM(T alpha, C_Mat<T>& B, T beta, C_Mat<T>& C, char trans) {
   ZAREL_STEP("MM");
   C.Resize(trans != 'N' ? this->columns_ : this->rows_, B.NbCol());
+  // A column of a set on a file is a copy, which has to go back.
+  auto* const set = dynamic_cast<C_VSTRUCT*>(&C);
   Vector b;
   Vector c;
   for (int j = 0; j < B.NbCol(); ++j) {
     B.GetCol(j, b);
     C.GetCol(j, c);
     Mv(alpha, b, beta, c, trans);
+    if (set != nullptr && set->fileResident()) set->storeVector(j, c);
   }
 }
 
@@ -243,13 +246,15 @@ int C_VSTRUCT<T>::MatQ1tQ(C_VSTRUCT& Q1, C_MatMGe<T>& M, int n) {
   return 0;
 }
 
+/** The copy of vector i stays when this set, which may be Q1 itself, moves its one range on. */
 template <class T>
 void C_VSTRUCT<T>::productByVectors(C_VSTRUCT& Q1, C_MatMGe<T>& M, int n) {
-  for (int i = 0; i < n; ++i)
-    Q1.withVector(i, [&] {
-      for (int j = 0; j < n; ++j)
-        withVector(j, [&] { M(i, j) = *Q1[i] * *(*this)[j]; });
-    });
+  Vector t;
+  for (int i = 0; i < n; ++i) {
+    Q1.withVector(i, [&] { t.Copy(*Q1[i]); });
+    for (int j = 0; j < n; ++j)
+      withVector(j, [&] { M(i, j) = t * *(*this)[j]; });
+  }
 }
 
 template <class T>

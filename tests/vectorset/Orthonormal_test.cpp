@@ -221,6 +221,23 @@ TYPED_TEST(Orthonormal, SetVectorThrowsOnDependence) {
   EXPECT_EQ(contentOf(*set), before);
 }
 
+TYPED_TEST(Orthonormal, DependenceByInnerProductIsToldWithItsRatio) {
+  using T = typename TestFixture::Scalar;
+  const auto input = randomDense<T>(2, 6);
+  MadeSet<T> set(TypeParam::storage, input, 6);
+  Zarel::C_FInnerProd<T> ip;
+  Vec<T> coef;
+  double ratio = -1;
+  Vec<T> x = vecOf(input[0]);
+  set->SetVector(x, 0, 1e-3, coef, &ratio, &ip);
+  EXPECT_LE(std::abs(ratio - 1), 16 * rounding<T>());
+  x = vecOf(input[0]);
+
+  EXPECT_EQ(codeOf([&] { set->SetVector(x, 1, 1e-3, coef, &ratio, &ip); }), 2866);
+
+  EXPECT_LT(ratio, 1e-3);
+}
+
 TYPED_TEST(Orthonormal, ZeroVectorIsDependent) {
   using T = typename TestFixture::Scalar;
   MadeSet<T> set(TypeParam::storage, randomDense<T>(2, 4), 4);
@@ -295,6 +312,49 @@ TYPED_TEST(Orthonormal, GivenInnerProductDecidesWhatIsOrthogonal) {
 // Edges.
 
 using Set = Zarel::C_VSTRUCT<double>;
+
+/** x = (1, 1e-17) beside the vector (0, 1): its part along that is below what a double can feel. */
+class TinyCoefficient : public ::testing::Test {
+protected:
+  TinyCoefficient() { set.SetVal(1, 0, 1); }
+
+  Set set{1, 2, 2, nullptr};
+  Vec<double> x = vecOf<double>({1, 1e-17});
+};
+
+TEST_F(TinyCoefficient, IsLeftBySetVector) {
+  set.SetVector(x, 1, true, 0, nullptr);
+
+  EXPECT_EQ(set.GetVal(1, 1), 1e-17);
+}
+
+TEST_F(TinyCoefficient, IsLeftByTheInnerProductForm) {
+  Zarel::C_FInnerProd<double> ip;
+  Vec<double> coef;
+
+  set.SetVector(x, 1, 0, coef, nullptr, &ip);
+
+  EXPECT_EQ(set.GetVal(1, 1), 1e-17);
+  EXPECT_EQ(coef[0], 2e-17) << "the coefficients count what was left, once a pass";
+}
+
+TEST_F(TinyCoefficient, IsTakenOutByAddVector) {
+  set.AddVector(x, 1, true, 0, nullptr);
+
+  EXPECT_EQ(set.GetVal(1, 1), 0);
+}
+
+/** The measure is the length before scaling, so a very long vector is stored as it points. */
+TEST_F(TinyCoefficient, IsMeasuredByTheLengthBeforeScaling) {
+  Zarel::C_FInnerProd<double> ip;
+  Vec<double> coef;
+  Vec<double> y = vecOf<double>({3e17, 4e17});
+
+  set.SetVector(y, 1, 0, coef, nullptr, &ip);
+
+  EXPECT_NEAR(set.GetVal(0, 1), 0.6, 1e-15);
+  EXPECT_NEAR(set.GetVal(1, 1), 0.8, 1e-15);
+}
 
 Set& filled(Set& set, const Dense<double>& values) {
   fillSet(set, values);

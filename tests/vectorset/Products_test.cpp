@@ -241,6 +241,44 @@ TYPED_TEST(Products, PaddedResultIsFilledVectorByVector) {
     EXPECT_EQ(room[7 * j + kVectors], T(1)) << "padding";
 }
 
+TYPED_TEST(Products, SetTimesItselfNeedsTwoOfItsVectorsAtOnce) {
+  using T = typename TestFixture::Scalar;
+  std::vector<T> room(7 * kVectors);
+  C_MatMGe<T> padded(kVectors, kVectors, room.data(), 7);
+  this->set->MatQ1tQ(*this->set, padded, -1);
+  expectMutual(padded, kVectors, this->values, this->values);
+
+  if constexpr (!std::is_integral_v<T> || TypeParam::storage == Storage::FileResident) {
+    C_MatMGe<T> M;
+    this->set->MatQ1tQ(*this->set, M, -1);
+    expectMutual(M, kVectors, this->values, this->values);
+  }
+}
+
+TYPED_TEST(Products, MatrixResultIsStoredInASet) {
+  using T = typename TestFixture::Scalar;
+  if constexpr (!TestFixture::endsProcess) {
+    const auto b = randomDense<T>(2, kLength, 9);
+    const auto c = randomDense<T>(2, kVectors, 13);
+    C_MatMGe<T> B(kLength, 2);
+    for (int j = 0; j < 2; ++j)
+      for (int i = 0; i < kLength; ++i)
+        B(i, j) = b[static_cast<std::size_t>(j)][static_cast<std::size_t>(i)];
+    MadeSet<T> result(TypeParam::storage, c, kVectors);
+
+    this->set->MM(scalar<T>(2), B, scalar<T>(3), *result, 'T');
+
+    const auto stored = contentOf(*result);
+    for (std::size_t j = 0; j < 2; ++j) {
+      auto expected = denseMv(this->values, b[j], true, 0, kVectors - 1);
+      for (std::size_t i = 0; i < kVectors; ++i)
+        expected[i] = 2.0 * expected[i] + 3.0 * wide(c[j][i]);
+      Vec<T> column = vecOf(stored[j]);
+      expectEqual(column, expected);
+    }
+  }
+}
+
 // Edges.
 
 using Set = Zarel::C_VSTRUCT<double>;

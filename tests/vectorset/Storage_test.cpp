@@ -150,6 +150,8 @@ TEST(VectorSet, ModesAreOneAndTwo) {
   for (const int mode : {0, 3, -1}) {
     Set set;
     EXPECT_EQ(codeOf([&] { set.Allocate(mode, 1, 1, nullptr); }), 3);
+    EXPECT_EQ(codeOf([&] { set[0]; }), 11);
+    EXPECT_EQ(codeOf([&] { set.SetVal(0, 0, 1); }), 11);
     EXPECT_FALSE(set.isValid());
   }
 }
