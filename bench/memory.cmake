@@ -1,1 +1,1 @@
-zarel_bench(bench_memory SOURCES memory.cpp)
+zarel_bench(memory_bench SOURCES memory.cpp)
