@@ -145,7 +145,8 @@ public:
    * forgotten all the same. */
   void ReleaseFileHandle(int& fd);
   /** Releases the handles of a descriptor, closes it and sets it to -1. Descriptors of 0 and below
-   * are none. Fails with (27, 100), and with those of `ReleaseFileHandle`; `fd` then stays. */
+   * are none. Fails with (27, 100) when closing fails, and the descriptor is gone all the same:
+   * `fd` is -1. Fails as `ReleaseFileHandle` does; `fd` is then still open and as it was. */
   void CloseDataFile(int& fd);
   /** Deletes a file and empties its name. An empty name does nothing. When the file cannot be
    * deleted the name is emptied too, unless `strict` is set. */

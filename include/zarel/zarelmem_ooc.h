@@ -44,9 +44,10 @@ enum {
  * Makes a unit of `number` elements of `size` bytes, all zero.
  *
  * @param file  the name of its file, which is created, or emptied if it exists; null for a
- * temporary file. A name that is a unit's already is refused with 3124, and that unit stays.
- * @return the unit's record; null on failure (3103, 3122, 3124, 3127), and no file is left. No
- * bytes cannot be mapped: 3122.
+ * temporary file. A name that is a unit's already is refused with 3124, and that unit stays. So
+ * is, and does, what is no regular file (a device, a pipe, a directory) or cannot be examined.
+ * @return the unit's record; null on failure (3103, 3122, 3124, 3127), and the file that was opened
+ * is deleted, whether it was new or not. No bytes cannot be mapped: 3122.
  */
 ZAREL_API ZAREL_MMAP* zarelmem_calloc_ooc(unsigned __int64 number, unsigned __int64 size,
                                           const wchar_t* file, const char* name, const char* source,
@@ -74,8 +75,9 @@ ZAREL_API ZAREL_MMAP* zarelmem_realloc_ooc(ZAREL_MMAP* record, unsigned __int64 
                                            const char* file, const char* name, const char* source,
                                            int line, int* error);
 
-/** Makes a unit of an existing file with at least `size` bytes, which it keeps. Null on failure:
- * 3103 (also without a name), 3124 (no such file, a shorter one), 3122, 3127. */
+/** Makes a unit of an existing file with at least `size` bytes, which it keeps. Null on failure,
+ * and the file stays: 3103 (also without a name), 3124 (no such file, a shorter one, a name that is
+ * a unit's already), 3122, 3127. Names are compared as they are spelled. */
 ZAREL_API ZAREL_MMAP* zarelmem_adopt_ooc(unsigned __int64 size, const wchar_t* file,
                                          const char* name, const char* source, int line,
                                          int* error);

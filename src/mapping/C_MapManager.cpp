@@ -102,11 +102,13 @@ void C_MapManager::ReleaseFileHandle(int& fd) {
   if (closeHandle(handles) != 0) fail(HandleNotClosed);
 }
 
+// The number of a descriptor is free even when closing it fails, and soon another file's.
 void C_MapManager::CloseDataFile(int& fd) {
   if (fd <= 0) return;
   ReleaseFileHandle(fd);
-  if (CBF_close64(fd) != 0) fail(FileNotClosed, reasonInErrno);
+  const int closing = fd;
   fd = -1;
+  if (CBF_close64(closing) != 0) fail(FileNotClosed, reasonInErrno);
 }
 
 void C_MapManager::RemoveDataFile(bool strict, std::wstring& name) {

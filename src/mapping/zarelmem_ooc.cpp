@@ -167,6 +167,13 @@ void discard(Unit* unit, const Call& call) {
 using Problem = int;
 constexpr Problem none = 0;
 
+// Whether a descriptor is of a file that may be sized, and deleted if the unit does not come about:
+// not a device, a pipe or the like, which stays what it was.
+bool isRegularFile(int descriptor) {
+  struct stat status;
+  return systemCalls().fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+}
+
 Problem makeFile(Unit& unit) {
   if (unit.size != 0 && !setFileSize(unit.descriptor, unit.size)) return fileNotMade;
   return closeNow(unit) ? none : Problem(fileNotMade);
@@ -180,12 +187,18 @@ Problem buildOnFile(Unit& unit, const Call& call) {
   return append(&unit) ? none : Problem(registerFailed);
 }
 
+// Opens the file of a new unit, which no other unit has. What was created exclusively is regular.
+bool openForItself(Unit& unit, int flags) {
+  return !nodeOf(unit.fileName, hasName) && openFile(unit, O_CREAT | flags) &&
+         ((flags & O_EXCL) || isRegularFile(unit.descriptor));
+}
+
 ZAREL_MMAP* make(const wchar_t* file, int flags, unsigned __int64 size, const Call& call,
                  const char* function) {
   Unit* const unit = newUnit(file, size, call);
   if (!unit) return call.none(outOfMemory, function);
   Problem problem = fileNotMade;
-  if (!nodeOf(file, hasName) && openFile(*unit, O_CREAT | flags)) {
+  if (openForItself(*unit, flags)) {
     problem = buildOnFile(*unit, call);
     if (problem) zarel_unlink(unit->fileName);
   }
@@ -204,7 +217,7 @@ ZAREL_MMAP* makeTemporary(unsigned __int64 size, const Call& call, const char* f
 
 Problem adoptFile(Unit& unit, const Call& call) {
   struct stat status;
-  if (!openFile(unit, 0)) return fileNotMade;
+  if (nodeOf(unit.fileName, hasName) || !openFile(unit, 0)) return fileNotMade;
   const bool holds = systemCalls().fstat(unit.descriptor, &status) == 0 &&
                      static_cast<unsigned __int64>(status.st_size) >= unit.size;
   if (!closeNow(unit) || !holds) return fileNotMade;

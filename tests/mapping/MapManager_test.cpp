@@ -306,10 +306,7 @@ TEST_F(MapManager, AViewThatCannotBeUnmappedIsReportedAndStays) {
 
   const support::Captured told = support::capture([this] {
     const SystemCallsKept kept;
-    Zarel::systemCalls().munmap = [](void*, size_t) {
-      errno = EINVAL;
-      return -1;
-    };
+    Zarel::systemCalls().munmap = cannotUnmap;
     view.UnMap();
   });
 
@@ -371,7 +368,39 @@ TEST_F(MapManager, ADescriptorThatCannotBeClosedIs27) {
 
   expectFailure(27, 16, [&] { manager->CloseDataFile(stale); });
 
-  EXPECT_EQ(stale, 12345);
+  EXPECT_EQ(stale, -1);
+}
+
+// Its number is free for other files at once, which a second close must not hit.
+TEST_F(MapManager, ADescriptorWhoseCloseFailsIsGoneAllTheSame) {
+  map(0, 0, 10);
+  const size_t before = openDescriptors();
+  const int number = fd;
+  {
+    const FailingCall failing(2, "close", EBADF);
+    expectFailure(27, 16, [this] { manager->CloseDataFile(fd); });
+  }
+
+  EXPECT_EQ(fd, -1);
+  EXPECT_EQ(openDescriptors(), before - 2);
+  const int other = dup2(STDIN_FILENO, number);
+  manager->CloseDataFile(fd);
+  EXPECT_NE(fcntl(other, F_GETFD), -1);
+  close(other);
+}
+
+TEST_F(MapManager, ADescriptorStaysWhereItsHandleCannotBeClosed) {
+  map(0, 0, 10);
+  const int number = fd;
+  {
+    const FailingCall failing(1, "close");
+    expectFailure(14, 0, [this] { manager->CloseDataFile(fd); });
+  }
+
+  EXPECT_EQ(fd, number);
+  EXPECT_NE(fcntl(fd, F_GETFD), -1);
+  manager->CloseDataFile(fd);
+  EXPECT_EQ(fd, -1);
 }
 
 TEST_F(MapManager, RemovingAFileEmptiesItsName) {

@@ -16,6 +16,9 @@ namespace {
 using support::FailingCall;
 using support::TempDirectory;
 
+// The trace of a failing call at that location.
+const std::string kLocation = "fct_Trace( aff_lieu, 4711, caller.c)";
+
 class Mmap : public testing::Test {
 protected:
   Mmap() {
@@ -157,16 +160,16 @@ TEST_F(Mmap, AMappingWithoutTheRegisterIsEndedByItsView) {
 TEST_F(Mmap, AViewThatCannotBeEndedStaysRegistered) {
   ZAREL_MMAP record;
   map(0, 0, 1, &record);
-  {
-    const SystemCallsKept kept;
-    Zarel::systemCalls().munmap = [](void*, size_t) {
-      errno = EINVAL;
-      return -1;
-    };
-    EXPECT_EQ(unmap(&record), -1);
-    EXPECT_EQ(error, -1);
-  }
 
+  const std::string told = toldBy([&] {
+    const SystemCallsKept kept;
+    Zarel::systemCalls().munmap = cannotUnmap;
+    EXPECT_EQ(zarel_munmap(&record, "test", "caller.c", 4711, &error), -1);
+  });
+
+  EXPECT_EQ(error, -1);
+  EXPECT_NE(told.find(kNotRegistered), std::string::npos) << told;
+  EXPECT_NE(told.find(kLocation), std::string::npos) << told;
   EXPECT_EQ(record.mapped, 'Y');
   EXPECT_EQ(*static_cast<char*>(record.address), 'a');
   EXPECT_EQ(unmap(&record), 0);
@@ -176,14 +179,63 @@ TEST_F(Mmap, AViewThatCannotBeEndedStaysRegistered) {
 TEST_F(Mmap, AFileThatCannotBeClosedIsAnErrorOnce) {
   ZAREL_MMAP record;
   map(0, 0, 1, &record);
-  {
-    const FailingCall failing(1, "close");
-    EXPECT_EQ(unmap(&record), -1);
-  }
 
+  const std::string told = toldBy([&] {
+    const FailingCall failing(1, "close");
+    EXPECT_EQ(zarel_munmap(&record, "test", "caller.c", 4711, &error), -1);
+  });
+
+  EXPECT_NE(told.find(kNotRegistered), std::string::npos) << told;
+  EXPECT_NE(told.find(kLocation), std::string::npos) << told;
   EXPECT_FALSE(isMappedFrom(name));
   EXPECT_EQ(unmap(&record), 0);
   EXPECT_EQ(record.mapped, 'N');
+}
+
+TEST_F(Mmap, AViewWithoutTheRegisterThatCannotBeEndedIsReported) {
+  ZAREL_MMAP_VIEW record;
+  zarel_mmap_(&record, -1, wideName.c_str(), 0, 0, 1, HERE, &error);
+  const auto refused = [&] { EXPECT_EQ(zarel_munmap_(&record, HERE), -1); };
+
+  const std::string unmapping = toldBy([&] {
+    const SystemCallsKept kept;
+    Zarel::systemCalls().munmap = cannotUnmap;
+    refused();
+  });
+  EXPECT_NE(unmapping.find(kNotRegistered), std::string::npos) << unmapping;
+  EXPECT_EQ(*static_cast<char*>(record.address), 'a');
+  const std::string closing = toldBy([&] {
+    const FailingCall failing(1, "close");
+    refused();
+  });
+
+  EXPECT_NE(closing.find(kNotRegistered), std::string::npos) << closing;
+  EXPECT_EQ(zarel_munmap_(&record, HERE), 0);
+}
+
+// A record that changes while its mapping is being ended is not under its key any more. The
+// register then still has the former key, so that this is tried in a process that ends with it.
+ZAREL_MMAP* changing = nullptr;
+
+int closeAndChange(int fd) {
+  ++changing->id;
+  return close(fd);
+}
+
+TEST_F(Mmap, AKeyThatCannotBeDeletedIsReportedAndItsViewReleased) {
+  const auto unmapChanging = [this] {
+    ZAREL_MMAP record;
+    const size_t before = openDescriptors();
+    map(0, 0, 1, changing = &record);
+    const u64 booked = zarel_sum_memsize();
+    Zarel::systemCalls().close = closeAndChange;
+    const bool failed = unmap(&record) == -1 && error == -1 && record.mapped == 'N';
+    Zarel::systemCalls().close = close;
+    const bool released = booked - zarel_sum_memsize() >= sizeof(ZAREL_MMAP_VIEW);
+    _exit(failed && released && openDescriptors() == before ? 0 : 1);
+  };
+
+  EXPECT_EXIT(unmapChanging(), testing::ExitedWithCode(0), kNotRegistered);
 }
 
 TEST_F(Mmap, ForgettingAllClosesTheirFilesAndLeavesTheirBytes) {

@@ -6,7 +6,6 @@
 #include <zarel/zarelmem_ooc.h>
 
 #include "mapping/support.h"
-#include "support/Capture.h"
 #include "support/FailingAllocation.h"
 #include "support/FailingCall.h"
 
@@ -55,23 +54,51 @@ protected:
   // Runs what fails and expects its report, the text of `message` without texts of a host.
   void expectReport(const std::string& text, const std::function<void()>& operation) {
     error = 77;
-    const support::Captured told = support::capture(operation);
-    EXPECT_NE((told.out + told.err).find(text), std::string::npos) << told.out + told.err;
+    const std::string told = toldBy(operation);
+    EXPECT_NE(told.find(text), std::string::npos) << told;
     EXPECT_EQ(error, -1);
+  }
+
+  // The same where a system call of `operation`, or its n-th allocation, fails.
+  void expectReportOfCall(const std::string& text, const char* call,
+                          const std::function<void()>& operation) {
+    SCOPED_TRACE(call);
+    expectReport(text, [&] {
+      const FailingCall failing(1, call);
+      operation();
+      EXPECT_TRUE(FailingCall::happened());
+    });
+  }
+  void expectReportWithoutMemory(long n, const std::function<void()>& operation) {
+    SCOPED_TRACE(n);
+    expectReport(kNoMemory, [&] {
+      const support::FailingAllocation failing(n);
+      operation();
+      EXPECT_TRUE(support::FailingAllocation::happened());
+    });
+  }
+
+  // Makes a unit with each of its allocations failing in turn, until it comes about; shows what was
+  // told last.
+  std::string toldByTheLastFailure(const std::function<ZAREL_MMAP*()>& operation) {
+    ZAREL_MMAP* unit = nullptr;
+    std::string last;
+    for (long n = 1; !unit && n < 1000; ++n) {
+      const std::string told = toldBy([&] {
+        const support::FailingAllocation failing(n);
+        unit = operation();
+      });
+      if (!unit) last = told;
+      EXPECT_EQ(error, unit ? 0 : -1);
+    }
+    release(unit, ZAREL_OOC_KEEP);
+    return last;
   }
 
   TempDirectory directory;
   support::Environment temporary{"TMPDIR", directory.path().c_str()};
   int error = 77;
 };
-
-const std::string kNoMemory = "Not enough memory for a mapped file";
-const std::string kNotMapped = "A file cannot be mapped";
-const std::string kNotUnmapped = "The mapping of a file cannot be ended";
-const std::string kNotMade = "A file cannot be created, opened or sized";
-const std::string kNotDeleted = "A file cannot be deleted";
-const std::string kNotClosed = "A file cannot be closed";
-const std::string kNotRegistered = "A mapped file is not registered";
 
 TEST_F(Ooc, AUnitIsABlockOfZerosOnAFileOfItsOwn) {
   ZAREL_MMAP* const unit = zarelmem_calloc_ooc(1000, 8, wide("unit").c_str(), HERE, &error);
@@ -158,6 +185,88 @@ TEST_F(Ooc, AFullDiskIsAnErrorOfTheCallAndLeavesNoFile) {
   EXPECT_EQ(entriesOf(directory.path()), 0u);
 }
 
+TEST_F(Ooc, WithoutMemoryForItsRecordOrItsNameThereIsNoUnit) {
+  support::writeBytes(directory.file("old"), "contents");
+  const std::wstring file = wide("unit");
+  const std::wstring old = wide("old");
+
+  for (const long n : {1, 2}) {
+    expectReportWithoutMemory(n, [&] { EXPECT_EQ(make(10, file.c_str()), nullptr); });
+    expectReportWithoutMemory(
+        n, [&] { EXPECT_EQ(zarelmem_calloc_ooc(1, 8, file.c_str(), HERE, &error), nullptr); });
+    expectReportWithoutMemory(
+        n, [&] { EXPECT_EQ(zarelmem_adopt_ooc(8, old.c_str(), HERE, &error), nullptr); });
+  }
+
+  EXPECT_EQ(bytes("old"), "contents");
+  EXPECT_EQ(entriesOf(directory.path()), 1u);
+}
+
+TEST_F(Ooc, WithoutATemporaryNameThereIsNoUnit) {
+  const SystemCallsKept kept;
+  Zarel::systemCalls().access = [](const char*, int) {
+    errno = EACCES;
+    return -1;
+  };
+
+  expectReport(kNotMade, [&] { EXPECT_EQ(make(10, nullptr), nullptr); });
+
+  EXPECT_EQ(entriesOf(directory.path()), 0u);
+}
+
+TEST_F(Ooc, AFileThatCannotBeSizedClosedOrMappedIsReportedAndDeleted) {
+  const std::wstring file = wide("unit");
+  for (const auto& [call, text] : {std::pair<const char*, std::string>{"fallocate", kNotMade},
+                                   {"close", kNotMade},
+                                   {"mmap", kNotMapped}}) {
+    for (const wchar_t* const name : {file.c_str(), static_cast<const wchar_t*>(nullptr)}) {
+      expectReportOfCall(text, call, [&, chosen = name] { EXPECT_EQ(make(10, chosen), nullptr); });
+      EXPECT_EQ(entriesOf(directory.path()), 0u);
+    }
+  }
+}
+
+TEST_F(Ooc, AUnitThatCannotBeListedIsReportedAndItsFileDeleted) {
+  const std::wstring file = wide("unit");
+
+  const std::string told = toldByTheLastFailure([&] {
+    ZAREL_MMAP* const unit = make(10, file.c_str());
+    const support::Unharmed checks;
+    EXPECT_EQ(entriesOf(directory.path()), unit ? 1u : 0u);
+    return unit;
+  });
+
+  EXPECT_NE(told.find(kNotRegistered), std::string::npos) << told;
+}
+
+// A pipe, opened to read and write, keeps nobody waiting.
+TEST_F(Ooc, WhatIsNoRegularFileIsRefusedAndStays) {
+  ASSERT_EQ(mkfifo(directory.file("pipe").c_str(), 0600), 0);
+  std::filesystem::create_symlink(directory.file("pipe"), directory.file("link"));
+  std::filesystem::create_directory(directory.file("directory"));
+  const size_t descriptors = openDescriptors();
+
+  for (const char* file : {"pipe", "link", "directory"}) {
+    expectReport(kNotMade, [&] { EXPECT_EQ(make(10, wide(file).c_str()), nullptr) << file; });
+    expectReport(kNotMade, [&] { EXPECT_EQ(make(0, wide(file).c_str()), nullptr) << file; });
+    expectReport(kNotMade, [&] { EXPECT_EQ(adopt(10, file), nullptr) << file; });
+  }
+
+  EXPECT_TRUE(std::filesystem::is_fifo(directory.file("pipe")));
+  EXPECT_TRUE(std::filesystem::is_symlink(directory.file("link")));
+  EXPECT_EQ(entriesOf(directory.path()), 3u);
+  EXPECT_EQ(openDescriptors(), descriptors);
+}
+
+TEST_F(Ooc, AFileThatCannotBeExaminedIsNotDeleted) {
+  support::writeBytes(directory.file("unit"), "mine");
+
+  expectReportOfCall(kNotMade, "fstat",
+                     [&] { EXPECT_EQ(make(10, wide("unit").c_str()), nullptr); });
+
+  EXPECT_EQ(entriesOf(directory.path()), 1u);
+}
+
 TEST_F(Ooc, AGrownUnitKeepsItsBytesAndReadsZeroBehindThem) {
   ZAREL_MMAP* unit = make(4, wide("unit").c_str());
   std::memcpy(data(unit), "abcd", 4);
@@ -212,11 +321,12 @@ TEST_F(Ooc, AFileThatCannotBeCutTellsWhyOnStandardOutput) {
 TEST_F(Ooc, AUnitThatCouldNotBeResizedCanBeResizedAgain) {
   ZAREL_MMAP* unit = make(4, wide("unit").c_str());
   std::memcpy(data(unit), "abcd", 4);
-  for (const char* call : {"fstat", "fallocate", "close", "mmap"}) {
-    const FailingCall failing(1, call);
-    EXPECT_EQ(resize(unit, 8), nullptr) << call;
-    EXPECT_EQ(error, -1);
-  }
+  const auto refused = [&] { EXPECT_EQ(resize(unit, 8), nullptr); };
+
+  expectReportOfCall(kNotRegistered, "fstat", refused);
+  expectReportOfCall(kNotMade, "fallocate", refused);
+  expectReportOfCall(kNotClosed, "close", refused);
+  expectReportOfCall(kNotMapped, "mmap", refused);
 
   unit = resize(unit, 8);
 
@@ -275,6 +385,43 @@ TEST_F(Ooc, AShorterOrMissingFileIsNotAdopted) {
 
   EXPECT_EQ(bytes("short"), "short");
   EXPECT_EQ(entriesOf(directory.path()), 1u);
+}
+
+TEST_F(Ooc, AUnitsFileIsNotAdoptedOnceMore) {
+  const support::WorkingDirectory working(directory.path());
+  const std::wstring name(1, wchar_t(0x1F4C4));
+  ZAREL_MMAP* const unit = make(4, name.c_str());
+  std::memcpy(data(unit), "mine", 4);
+
+  expectReport(kNotMade,
+               [&] { EXPECT_EQ(zarelmem_adopt_ooc(4, name.c_str(), HERE, &error), nullptr); });
+  expectReport(kNotMade, [&] {
+    const auto* const narrow = reinterpret_cast<const char*>(name.c_str());
+    EXPECT_EQ(zarelmem_realloc_ooc(nullptr, 4, narrow, HERE, &error), nullptr);
+  });
+
+  EXPECT_EQ(std::string(data(unit), 4), "mine");
+  EXPECT_EQ(nameOf(unit), name);
+  release(unit);
+  EXPECT_EQ(entriesOf(directory.path()), 0u);
+}
+
+TEST_F(Ooc, AFileThatCannotBeAdoptedIsReportedAndStays) {
+  support::writeBytes(directory.file("old"), "contents");
+  const std::wstring file = wide("old");
+  const auto refused = [&] {
+    EXPECT_EQ(zarelmem_adopt_ooc(8, file.c_str(), HERE, &error), nullptr);
+  };
+
+  expectReportOfCall(kNotMade, "open", refused);
+  expectReportOfCall(kNotMade, "fstat", refused);
+  expectReportOfCall(kNotMade, "close", refused);
+  expectReportOfCall(kNotMapped, "mmap", refused);
+  const std::string told =
+      toldByTheLastFailure([&] { return zarelmem_adopt_ooc(8, file.c_str(), HERE, &error); });
+
+  EXPECT_NE(told.find(kNotRegistered), std::string::npos) << told;
+  EXPECT_EQ(bytes("old"), "contents");
 }
 
 // Odd and kept: the wide name comes through a narrow parameter and ends at its first zero byte, so
@@ -341,10 +488,7 @@ TEST_F(Ooc, AFileThatCannotBeDeletedIsReportedAndTheUnitIsReleased) {
 TEST_F(Ooc, AMappingThatCannotBeEndedIsReportedAndStays) {
   ZAREL_MMAP* const unit = make(4, wide("unit").c_str());
   const SystemCallsKept kept;
-  Zarel::systemCalls().munmap = [](void*, size_t) {
-    errno = EINVAL;
-    return -1;
-  };
+  Zarel::systemCalls().munmap = cannotUnmap;
 
   expectReport(kNotUnmapped, [&] { release(unit); });
   expectReport(kNotUnmapped, [&] { EXPECT_EQ(resize(unit, 10), nullptr); });

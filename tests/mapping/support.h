@@ -17,6 +17,7 @@
 #include <gtest/gtest.h>
 #include <zarel/C_ZarelException.h>
 
+#include "support/Capture.h"
 #include "support/Files.h"
 #include "system/calls.h"
 #include "system/text.h"
@@ -51,6 +52,21 @@ inline void expectFailure(int code, int reason, const std::function<void()>& ope
   }
 }
 
+// The texts of the reports of this room, where a host has brought none.
+inline const std::string kNoMemory = "Not enough memory for a mapped file";
+inline const std::string kNotMapped = "A file cannot be mapped";
+inline const std::string kNotUnmapped = "The mapping of a file cannot be ended";
+inline const std::string kNotMade = "A file cannot be created, opened or sized";
+inline const std::string kNotDeleted = "A file cannot be deleted";
+inline const std::string kNotClosed = "A file cannot be closed";
+inline const std::string kNotRegistered = "A mapped file is not registered";
+
+// What a piece of code says, on either stream.
+inline std::string toldBy(const std::function<void()>& operation) {
+  const support::Captured told = support::capture(operation);
+  return told.out + told.err;
+}
+
 // Puts the table of system calls back.
 class SystemCallsKept {
 public:
@@ -62,6 +78,11 @@ public:
 private:
   Zarel::SystemCalls _former;
 };
+
+inline int cannotUnmap(void*, size_t) {
+  errno = EINVAL;
+  return -1;
+}
 
 // A file system that cannot reserve.
 inline int cannotReserve(int, off_t, off_t) {
