@@ -596,7 +596,14 @@ double testClock() {
   return now;
 }
 
-class MemTracks : public MemManager {
+// A working directory that outlives the manager, whose end writes what samples it still has.
+class OwnDirectory {
+protected:
+  TempDirectory directory;
+  WorkingDirectory working{directory.path()};
+};
+
+class MemTracks : protected OwnDirectory, public MemManager {
 protected:
   MemTracks() : _former(Zarel::setElapsedTime(testClock)) {}
   ~MemTracks() override { Zarel::setElapsedTime(_former); }
@@ -606,9 +613,6 @@ protected:
     manager.resident = memory;
     manager.TrackMem(label);
   }
-
-  TempDirectory directory;
-  WorkingDirectory working{directory.path()};
 
 private:
   Zarel::ElapsedTime _former;
@@ -638,6 +642,21 @@ TEST_F(MemTracks, WithinOneTickAreKept1e10Apart) {
 
   EXPECT_EQ(support::bytesOf("tick_0.MemTrack"),
             "1.000000\t" + padded("a") + "\t10\n1.000000\t" + padded("b") + "\t20\n");
+}
+
+// The second sample moves to 1 + 1e-10, so the third one, of that very time, moves on by another
+// 1e-10; the fourth then comes between the two. No other distance gives this order.
+TEST_F(MemTracks, AreMovedBy1e10Exactly) {
+  track(1.0, 10, "a");
+  track(1.0, 20, "b");
+  track(1.0 + 1e-10, 30, "c");
+  track(1.0 + 1.5e-10, 40, "d");
+
+  manager.DumpTracks("tick");
+
+  EXPECT_EQ(support::bytesOf("tick_0.MemTrack"),
+            "1.000000\t" + padded("a") + "\t10\n1.000000\t" + padded("b") + "\t20\n1.000000\t" +
+                padded("d") + "\t40\n1.000000\t" + padded("c") + "\t30\n");
 }
 
 TEST_F(MemTracks, AThirdWithinOneTickReplacesTheSecond) {
