@@ -26,11 +26,13 @@ private:
   LIS* _last;
 };
 
-// Makes a node and has `link` put it into the list: 0, or -1 without a list or memory.
+// Makes a node and has `link` put it into the list: 0, or -1 without a list or memory, as an error
+// of `function`.
 template <class Link>
-int inserted(LIS** list, void* object, int type, Link link) {
-  if (!list) return reported(argumentMissing, "", "LIS_ins");
-  LIS* const node = newNode(object, type);
+int inserted(LIS** list, void* object, int type, Link link,
+             const char* function = __builtin_FUNCTION()) {
+  if (!list) return reported(argumentMissing, "", function);
+  LIS* const node = newNode(object, type, function);
   if (!node) return traced();
   if (*list)
     link(*list, node);

@@ -32,9 +32,10 @@ void putLast(LTE* head, LIS* node) {
   putAfter(head, head->last, node);
 }
 
-// Makes a node and puts it in behind `at`: 0 or -1.
-int insertedAfter(LTE* head, LIS* at, void* object, int type) {
-  LIS* const node = newNode(object, type);
+// Makes a node and puts it in behind `at`: 0, or -1 as an error of `function`.
+int insertedAfter(LTE* head, LIS* at, void* object, int type,
+                  const char* function = __builtin_FUNCTION()) {
+  LIS* const node = newNode(object, type, function);
   if (!node) return traced();
   putAfter(head, at, node);
   return 0;

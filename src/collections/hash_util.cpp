@@ -39,7 +39,9 @@ std::uint32_t takeGroup(const char*& key) {
   return group;
 }
 
+// A table of a host may have no buckets yet, for which every key belongs to bucket 0.
 int bucketOf(const HashTable* table, const char* key) {
+  if (table->size == 0) return 0;
   std::uint32_t sum = 0;
   while (*key)
     sum += takeGroup(key);

@@ -7,8 +7,6 @@
 
 #include <zarel/zarelmem.h>
 
-#include "collections/report.h"
-
 namespace Zarel {
 
 namespace {
@@ -20,10 +18,10 @@ int writeNode(FILE* stream, const LIS& node, LIS_WRITE write) {
 
 } // namespace
 
-LIS* newNode(void* object, int type) {
+LIS* newNode(void* object, int type, const char* function) {
   void* const block = zarelmem_malloc(sizeof(LIS), "LIS", 1, __FILE__, __LINE__);
   if (block) return new (block) LIS{nullptr, nullptr, type, object};
-  reported(noMemory, "", "LIS_creer");
+  reported(noMemory, "", function);
   return nullptr;
 }
 
@@ -75,8 +73,8 @@ LIS* findObject(LIS* first, const void* key, LIS_COMPARE compare) {
   return find(first, [=](const LIS& node) { return matches(node, key, compare); });
 }
 
-LIS* copiedNode(const LIS& node, LIS_COPY copy) {
-  LIS* const result = newNode(node.object, node.type);
+LIS* copiedNode(const LIS& node, LIS_COPY copy, const char* function) {
+  LIS* const result = newNode(node.object, node.type, function);
   if (!result || !copy) return result;
   int error = 0;
   result->object = copy(node.object, &error);
@@ -85,10 +83,10 @@ LIS* copiedNode(const LIS& node, LIS_COPY copy) {
   return nullptr;
 }
 
-LIS* readNode(FILE* stream, LIS_READ read) {
+LIS* readNode(FILE* stream, LIS_READ read, const char* function) {
   int type = 0;
   if (BF_fread_int(stream, &type, 1) != 0) return nullptr;
-  LIS* const result = newNode(nullptr, type);
+  LIS* const result = newNode(nullptr, type, function);
   if (!result) return nullptr;
   int error = 0;
   result->object = read(stream, &error);
@@ -97,17 +95,17 @@ LIS* readNode(FILE* stream, LIS_READ read) {
   return nullptr;
 }
 
-int writeNodes(FILE* stream, const LIS* first, LIS_WRITE write, int type) {
+int writeNodes(FILE* stream, const LIS* first, LIS_WRITE write, int type, const char* function) {
   const auto wanted = [=](const LIS& node) { return isOfType(node, type); };
   const int count = countOf(first, wanted);
   if (BF_fwrite_int(stream, &count, 1) != 0) return traced();
   for (; first; first = first->next)
     if (wanted(*first) && writeNode(stream, *first, write) != 0) return traced();
-  return std::fflush(stream) == 0 ? 0 : reported(flushFailed, std::strerror(errno), "LIS_boutput");
+  return std::fflush(stream) == 0 ? 0 : reported(flushFailed, std::strerror(errno), function);
 }
 
-int printNodes(const LIS* first, LIS_PRINT print, FILE* file) {
-  if (!print || !file) return reported(argumentMissing, "", "LIS_print");
+int printNodes(const LIS* first, LIS_PRINT print, FILE* file, const char* function) {
+  if (!print || !file) return reported(argumentMissing, "", function);
   for (; first; first = first->next)
     print(first->object, file);
   return 0;

@@ -5,12 +5,15 @@
 #include <zarel/bf.h>
 #include <zarel/liste_chainee.h>
 
+#include "collections/report.h"
 #include "runtime/fail.h"
 
 namespace Zarel {
 
-// A node with an object; null when there is no memory, which is reported.
-LIS* newNode(void* object, int type);
+// What fails here is reported as an error of `function`, the one that the caller has called.
+
+// A node with an object; null when there is no memory.
+LIS* newNode(void* object, int type, const char* function = __builtin_FUNCTION());
 // Frees a node that is in no list, and its object if a function is given.
 void freeNode(LIS* node, LIS_FREE free);
 // Frees a whole chain of nodes.
@@ -51,14 +54,15 @@ inline void setError(int* error, int value) {
 
 // A copy of a node, or one read from a file; null on failure. The node is made before its object,
 // so that no object is left without an owner.
-LIS* copiedNode(const LIS& node, LIS_COPY copy);
-LIS* readNode(FILE* stream, LIS_READ read);
+LIS* copiedNode(const LIS& node, LIS_COPY copy, const char* function);
+LIS* readNode(FILE* stream, LIS_READ read, const char* function);
 
 // Hands copies of all nodes to `put`: 0, or -1 at the first that fails.
 template <class Put>
-int copyNodes(const LIS* first, LIS_COPY copy, Put put) {
+int copyNodes(const LIS* first, LIS_COPY copy, Put put,
+              const char* function = __builtin_FUNCTION()) {
   for (; first; first = first->next) {
-    LIS* const node = copiedNode(*first, copy);
+    LIS* const node = copiedNode(*first, copy, function);
     if (!node) return traced();
     put(node);
   }
@@ -67,11 +71,12 @@ int copyNodes(const LIS* first, LIS_COPY copy, Put put) {
 
 // Hands the nodes of a file to `put`: 0, or -1 at the first that fails.
 template <class Put>
-int readNodes(FILE* stream, LIS_READ read, Put put) {
+int readNodes(FILE* stream, LIS_READ read, Put put, const char* function = __builtin_FUNCTION()) {
   int count = 0;
-  if (BF_fread_int(stream, &count, 1) != 0 || count < 0) return traced();
+  if (BF_fread_int(stream, &count, 1) != 0) return traced();
+  if (count < 0) return reported(nothingToRead, "", function);
   for (; count > 0; --count) {
-    LIS* const node = readNode(stream, read);
+    LIS* const node = readNode(stream, read, function);
     if (!node) return traced();
     put(node);
   }
@@ -79,10 +84,12 @@ int readNodes(FILE* stream, LIS_READ read, Put put) {
 }
 
 // Writes the nodes of a type with their count, and flushes: 0 or -1.
-int writeNodes(FILE* stream, const LIS* first, LIS_WRITE write, int type);
+int writeNodes(FILE* stream, const LIS* first, LIS_WRITE write, int type,
+               const char* function = __builtin_FUNCTION());
 
 // Prints all objects: 0, or -1 for a null function or file.
-int printNodes(const LIS* first, LIS_PRINT print, FILE* file);
+int printNodes(const LIS* first, LIS_PRINT print, FILE* file,
+               const char* function = __builtin_FUNCTION());
 
 } // namespace Zarel
 

@@ -25,12 +25,12 @@ int compared(const void* object, const void* key, Equal equal) {
 }
 
 template <class T>
-void* copied(const void* object, int* error) {
+void* copied(const void* object, int* error, const char* function = __builtin_FUNCTION()) {
   setError(error, 0);
   if (!object) return nullptr;
   void* const block = zarelmem_malloc(sizeof(T), "LIS object", 1, __FILE__, __LINE__);
   if (block) return std::memcpy(block, object, sizeof(T));
-  setError(error, reported(noMemory));
+  setError(error, reported(noMemory, "", function));
   return nullptr;
 }
 

@@ -119,6 +119,41 @@ TEST_F(ListFile, CountsBeyondTheFileFailAndNegativeOnesToo) {
   }
 }
 
+TEST_F(ListFile, NegativeCountsAreReported) {
+  LIS* nodes = nullptr;
+  for (const char* head : {"ffffffff", "00000080"}) {
+    hold(hex(head));
+    EXPECT_EQ(LIS_binput(file, &nodes, readText), -1) << head;
+    std::rewind(file);
+    EXPECT_EQ(LTE_binput(file, list, readText), -1) << head;
+  }
+
+  EXPECT_EQ(nodes, nullptr);
+  EXPECT_EQ(list->count, 3);
+  EXPECT_EQ(errors(), Texts(4, "There is no list to read"));
+}
+
+TEST_F(ListFile, FailuresAreThoseOfTheFunctionCalled) {
+  LIS* nodes = nullptr;
+  hold(hex("ffffffff"));
+  LIS_binput(file, &nodes, readText);
+  std::rewind(file);
+  LTE_binput(file, list, readText);
+  EXPECT_EQ(blamed(), (Texts{"LIS_binput", "LTE_binput"}));
+
+  hold(hex(threeTexts));
+  {
+    const support::FailingAllocation failing(1);
+    LIS_binput(file, &nodes, readText);
+  }
+  std::rewind(file);
+  {
+    const support::FailingAllocation failing(1);
+    LTE_binput(file, list, readText);
+  }
+  EXPECT_EQ(blamed(), (Texts{"LIS_binput", "LTE_binput"}));
+}
+
 TEST_F(ListFile, WithoutMemoryReadsWhatCameBefore) {
   const long failures = support::forEachFailingAllocation([&] {
     {
@@ -150,6 +185,7 @@ TEST_F(ListFile, FailingFlushIsReportedWithTheSystemsText) {
   EXPECT_EQ(LTE_boutput(full, list, buffered, -1), -1);
 
   Zarel::systemCalls().write = former;
+  EXPECT_THAT(noting.lines, testing::Contains(testing::StartsWith("0 8 0 LTE_boutput()")));
   EXPECT_EQ(errors(), Texts{"Write error: No space left on device"});
   std::fclose(full);
 }

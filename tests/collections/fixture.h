@@ -30,6 +30,15 @@ protected:
     noting.lines.clear();
     return texts;
   }
+
+  // The functions that were blamed since the last call of this or of errors().
+  Texts blamed() {
+    Texts functions;
+    for (const std::string& line : noting.lines)
+      if (line.rfind("0 8 0 ", 0) == 0) functions.push_back(line.substr(6, line.find('(') - 6));
+    noting.lines.clear();
+    return functions;
+  }
 };
 
 // A text as an object of a list; the list does not own it.

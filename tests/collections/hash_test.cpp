@@ -123,6 +123,24 @@ TEST_F(Hash, BucketIsTheSumOfGroupsOfFourBytes) {
   }
 }
 
+TEST_F(Hash, WithoutBucketsEveryKeyBelongsToBucketZero) {
+  HashNode* bucket = nullptr;
+  HashTable table{0, 0, 0, 0, &bucket};
+  void* value = numbers;
+
+  EXPECT_EQ(hashSearch(&table, "key", &value), 0);
+  EXPECT_EQ(value, nullptr);
+  EXPECT_EQ(hashAdd(&table, "key", numbers), 0);
+  EXPECT_EQ(hashAdd(&table, "a", numbers), 0);
+  ASSERT_NE(bucket, nullptr);
+  EXPECT_STREQ(bucket->key, "a");
+  EXPECT_EQ(hashSearch(&table, "key", &value), -1);
+  EXPECT_EQ(value, numbers);
+  EXPECT_EQ(hashDelete(&table, "key"), 0);
+  EXPECT_EQ(hashDelete(&table, "a"), 0);
+  EXPECT_EQ(bucket, nullptr);
+}
+
 TEST_F(Hash, DeletedKeyIsGoneAndTheCountersStay) {
   const Table table = tableOf(1);
   for (const char* key : {"a", "b", "c"})

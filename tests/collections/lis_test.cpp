@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "collections/fixture.h"
+#include "collections/report.h"
 
 namespace collections_test {
 
@@ -297,6 +298,41 @@ TEST_F(Lis, InsertionsWithoutMemoryLeaveTheList) {
   EXPECT_EQ(inserted, 0);
   EXPECT_EQ(textsOf(list), (Texts{"a", "b"}));
   EXPECT_EQ(errors(), Texts(4, "Not enough memory for a list"));
+}
+
+TEST_F(Lis, FailuresAreThoseOfTheFunctionCalled) {
+  const auto withoutMemory = [](auto call) {
+    const support::FailingAllocation failing(1);
+    call();
+  };
+  withoutMemory([] { LIS_creer(0, nullptr); });
+  withoutMemory([this] { LIS_ins(&list, text("x"), 0); });
+  withoutMemory([this] { LIS_ins_debut(&list, text("x"), 0); });
+  withoutMemory([this] { LIS_ins_fin(&list, text("x"), 0); });
+  hold({"a"});
+  withoutMemory([this] { LIS_copier(list, nullptr, nullptr); });
+  int number = 0;
+  withoutMemory([&] { LIS_copy_int(&number, &number); });
+  LIS_ins_debut(nullptr, text("x"), 0);
+  LIS_ins_fin(nullptr, text("x"), 0);
+  LIS_print(list, nullptr, stdout);
+
+  EXPECT_EQ(blamed(), (Texts{"LIS_creer", "LIS_ins", "LIS_ins_debut", "LIS_ins_fin", "LIS_copier",
+                             "LIS_copy_int", "LIS_ins_debut", "LIS_ins_fin", "LIS_print"}));
+}
+
+// The numbers under which a host brings texts of its own.
+TEST_F(Lis, MessagesKeepTheirNumbers) {
+  const auto say = [](int number) {
+    EXPECT_EQ(Zarel::reported(static_cast<Zarel::CollectionMessage>(number)), -1);
+  };
+  for (const int number : {1001, 1003, 2005, 2500, 3122, 3123, 3126})
+    say(number);
+
+  EXPECT_EQ(errors(),
+            (Texts{"Not enough memory for a list", "Write error", "There is no list to read",
+                   "An argument is missing", "There is no hash table",
+                   "Not enough memory for a hash table", "The key is not in the hash table"}));
 }
 
 TEST_F(Lis, CopyWithoutMemoryIsWhatWasCopiedBefore) {

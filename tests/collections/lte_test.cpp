@@ -255,6 +255,37 @@ TEST_F(Lte, WithoutMemoryTheListStays) {
   EXPECT_TRUE(isSound(list));
 }
 
+// No memory, and no function to print with.
+TEST_F(Lte, FailuresAreThoseOfTheFunctionCalled) {
+  hold({"a"});
+  const auto withoutMemory = [](auto call) {
+    const support::FailingAllocation failing(1);
+    call();
+  };
+  withoutMemory([this] { LTE_ins_apres(list, list->first, text("x"), 0); });
+  withoutMemory([this] { LTE_ins_avant(list, list->first, text("x"), 0); });
+  withoutMemory([this] { LTE_ins_debut(list, text("x"), 0); });
+  withoutMemory([this] { LTE_ins_fin(list, text("x"), 0); });
+  withoutMemory([] { LTE_creer(nullptr); });
+  LTE_print(list, nullptr, stdout);
+
+  EXPECT_EQ(blamed(), (Texts{"LTE_ins_apres", "LTE_ins_avant", "LTE_ins_debut", "LTE_ins_fin",
+                             "LTE_creer", "LTE_print"}));
+}
+
+TEST_F(Lte, FailingCopyIsBlamed) {
+  hold({"a"});
+  int error = 0;
+  LTE* copy = nullptr;
+  {
+    const support::FailingAllocation failing(2);
+    copy = LTE_copier(list, nullptr, &error);
+  }
+  EXPECT_EQ(error, -1);
+  EXPECT_EQ(blamed(), Texts{"LTE_copier"});
+  LTE_free(copy, nullptr);
+}
+
 TEST_F(Lte, CopyWithoutMemoryIsWhatWasCopiedBefore) {
   hold({"a", "b"});
   const long failures = support::forEachFailingAllocation([&] {
