@@ -153,6 +153,35 @@ TEST(Communicator, VirtualFunctionsKeepTheirPlaces) {
   EXPECT_EQ(placeOf(&C::abort), 4);
   EXPECT_EQ(placeOf(&C::barrier), 5);
   EXPECT_EQ(placeOf(&C::check), 6);
+}
+
+TEST(Communicator, ExchangesKeepTheirPlaces) {
+  EXPECT_EQ(placeOf<void (C::*)(int, int, int*, int*, int*, int*, int*)>(&C::exchange), 7);
+  EXPECT_EQ(placeOf<void (C::*)(int, int, int*, int*, int**, int*, int**)>(&C::exchange), 8);
+  EXPECT_EQ(placeOf<void (C::*)(int, int, int*, int*, double**, int*, double**)>(&C::exchange), 9);
+}
+
+TEST(Communicator, ReductionsKeepTheirPlaces) {
+  EXPECT_EQ(placeOf<void (C::*)(int, Z*)>(&C::glbMax), 10);
+  EXPECT_EQ(placeOf<void (C::*)(int, double*)>(&C::glbMax), 11);
+  EXPECT_EQ(placeOf<void (C::*)(int, __int64*)>(&C::glbMax), 12);
+  EXPECT_EQ(placeOf<void (C::*)(int, int*)>(&C::glbMax), 13);
+  EXPECT_EQ(placeOf<void (C::*)(int, Z*)>(&C::glbMin), 14);
+  EXPECT_EQ(placeOf<void (C::*)(int, double*)>(&C::glbMin), 15);
+  EXPECT_EQ(placeOf<void (C::*)(int, __int64*)>(&C::glbMin), 16);
+  EXPECT_EQ(placeOf<void (C::*)(int, int*)>(&C::glbMin), 17);
+  EXPECT_EQ(placeOf<void (C::*)(int, int*)>(&C::glbOr), 18);
+  EXPECT_EQ(placeOf<void (C::*)(int, bool*)>(&C::glbOr), 19);
+  EXPECT_EQ(placeOf<void (C::*)(int, Z*)>(&C::glbSum), 20);
+  EXPECT_EQ(placeOf<void (C::*)(int, F*)>(&C::glbSum), 21);
+  EXPECT_EQ(placeOf<void (C::*)(int, double*)>(&C::glbSum), 22);
+  EXPECT_EQ(placeOf<void (C::*)(int, float*)>(&C::glbSum), 23);
+  EXPECT_EQ(placeOf<void (C::*)(int, __int64*)>(&C::glbSum), 24);
+  EXPECT_EQ(placeOf<void (C::*)(int, int*)>(&C::glbSum), 25);
+  EXPECT_EQ(placeOf<void (C::*)(int, short int*)>(&C::glbSum), 26);
+}
+
+TEST(Communicator, BroadcastsKeepTheirPlaces) {
   const long bcast = placeOf<void (C::*)(char*, int, int)>(&C::Bcast);
   EXPECT_EQ(bcast, 7 + 3 + 4 + 4 + 2 + 7) << "exchange, glbMax, glbMin, glbOr, glbSum";
   EXPECT_EQ(placeOf<void (C::*)(Z*, int, int)>(&C::Bcast), bcast + 1);
@@ -176,6 +205,12 @@ TEST(Communicator, GroupsOfMessagesKeepTheirPlaces) {
   EXPECT_EQ(placeOf<void (C::*)(int, int, int*, int)>(&C::send), send + 6);
   EXPECT_EQ(placeOf<void (C::*)(int, int, short int*, int)>(&C::send), send + 7);
   EXPECT_EQ(placeOf<void (C::*)(int, int, char*, int)>(&C::recv), send + 8);
+  EXPECT_EQ(placeOf<void (C::*)(int, int, Z*, int)>(&C::recv), send + 9);
+  EXPECT_EQ(placeOf<void (C::*)(int, int, F*, int)>(&C::recv), send + 10);
+  EXPECT_EQ(placeOf<void (C::*)(int, int, double*, int)>(&C::recv), send + 11);
+  EXPECT_EQ(placeOf<void (C::*)(int, int, float*, int)>(&C::recv), send + 12);
+  EXPECT_EQ(placeOf<void (C::*)(int, int, __int64*, int)>(&C::recv), send + 13);
+  EXPECT_EQ(placeOf<void (C::*)(int, int, int*, int)>(&C::recv), send + 14);
   EXPECT_EQ(placeOf<void (C::*)(int, int, short int*, int)>(&C::recv), send + 15);
 }
 #endif

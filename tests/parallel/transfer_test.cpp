@@ -4,6 +4,7 @@
 
 #include "containers/OffCore.h"
 #include "containers/support.h"
+#include "support/FailingAllocation.h"
 #include "support/Processes.h"
 
 #include <zarel/C_Communicator.h>
@@ -226,6 +227,95 @@ TEST_F(TransferMessages, AViewThatCannotGrowIsRefused) {
   double block[2] = {1, 2};
   Wide v(2, block);
   EXPECT_EQ(codeOf([&] { v.Recv(8, 3); }), 2870);
+}
+
+// ---- no memory ----
+
+// Brings a vector 0.5, 1.5, 2.5, ... and counts the messages without taking memory itself.
+class Giving : public C_Communicator {
+public:
+  explicit Giving(int dimension) : C_Communicator(1, 2), _dimension(dimension) {
+    setInstance(this);
+  }
+  ~Giving() override { setInstance(nullptr); }
+
+  void send(int, int, int*, int) override { ++messages; }
+  void send(int, int, double*, int) override { ++messages; }
+  void recv(int, int, int* values, int) override { give(values); }
+  void recv(int, int, double* values, int count) override { give(values, count); }
+  void Bcast(int* values, int, int) override { give(values); }
+  void Bcast(double* values, int count, int) override { give(values, count); }
+
+  int messages = 0;
+
+private:
+  void give(int* dimension) {
+    ++messages;
+    *dimension = _dimension;
+  }
+  void give(double* values, int count) {
+    ++messages;
+    for (int i = 0; i < count; ++i)
+      values[i] = i + 0.5;
+  }
+
+  int _dimension;
+};
+
+// Lets a vector of two values 9 take the five of another process, for every allocation that can
+// fail. Either all of it has come or the vector is what it was and no values were asked for.
+template <class V, class Take>
+long failuresOfTaking(Take take) {
+  Giving giving(5);
+  return support::forEachFailingAllocation([&] {
+    const auto nine = [] {
+      const support::Unharmed unharmed;
+      auto v = std::make_unique<V>(2);
+      v->SetVal(0, 9);
+      v->SetVal(1, 9);
+      return v;
+    };
+    const std::unique_ptr<V> v = nine();
+    giving.messages = 0;
+    const int code = codeOf([&] { take(*v); });
+    const support::Unharmed unharmed;
+    const bool failed = support::FailingAllocation::happened();
+    EXPECT_EQ(code, failed ? 1001 : 0);
+    EXPECT_EQ(giving.messages, failed ? 1 : 2);
+    EXPECT_EQ(v->Dim(), failed ? 2 : 5);
+    EXPECT_EQ(v->GetVal(0), failed ? 9 : 0.5);
+    EXPECT_EQ(v->GetVal(v->Dim() - 1), failed ? 9 : 4.5);
+  });
+}
+
+TEST(TransferWithoutMemory, AReceiverStaysAsItWas) {
+  EXPECT_GT(failuresOfTaking<VecOf<double>>([](auto& v) { v.Recv(8, 0); }), 0);
+  EXPECT_GT(failuresOfTaking<VecOf<double>>([](auto& v) { v.Bcast(0); }), 0);
+}
+
+TEST(TransferWithoutMemory, ASenderInCoreNeedsNone) {
+  Giving giving(2);
+  VecOf<double> v(2, 1.0);
+
+  EXPECT_EQ(support::forEachFailingAllocation([&] { v.Send(8, 0); }), 0);
+
+  EXPECT_EQ(giving.messages, 2);
+}
+
+// A receiver is not left with a dimension whose values never come.
+TEST(TransferWithoutMemory, ASenderOfValuesElsewhereSendsNothing) {
+  Giving giving(2);
+  C_VecPi<double, int, OffCore<double, int>> off(2);
+
+  const long failures = support::forEachFailingAllocation([&] {
+    giving.messages = 0;
+    const int code = codeOf([&] { off.Send(8, 0); });
+    const bool failed = support::FailingAllocation::happened();
+    EXPECT_EQ(code, failed ? 1001 : 0);
+    EXPECT_EQ(giving.messages, failed ? 0 : 2);
+  });
+
+  EXPECT_GT(failures, 0);
 }
 
 } // namespace
