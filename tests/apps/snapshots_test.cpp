@@ -3,8 +3,10 @@
 
 #include "app_support.h"
 #include "snapshot_files.h"
+#include "svd/decompose.h"
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 using app::ExitCode;
 using app::SnapshotChoice;
@@ -151,6 +153,45 @@ TEST_F(SnapshotFiles, RefusesWhatIsNotThere) {
   EXPECT_EQ(failureOf([&] { app::inspectSnapshots(choice); }).code, ExitCode::io);
   choice.path = folder_.string();
   EXPECT_EQ(failureOf([&] { app::inspectSnapshots(choice); }).code, ExitCode::usage);
+}
+
+TEST_F(SnapshotFiles, AFileThatBecomesShorterIsAnErrorOfTheNextPass) {
+  const SnapshotChoice choice = choiceOf("a", setFile(three));
+  const Snapshots shown = app::viewSnapshots(choice.path, app::inspectSnapshots(choice), false);
+  app::Console console;
+  app::SvdChoice wish;
+  wish.method = app::SvdMethod::arpack;
+  int passes = 0;
+  app::SvdCalls calls;
+  calls.check = [&] {
+    if (++passes == 2) std::filesystem::resize_file(choice.path, 0);
+    shown.file->check();
+  };
+  calls.start = [](app::SvdResult&) { ADD_FAILURE() << "there is no result"; };
+  calls.take = [](int, const double*) {};
+
+  const app::Failure failure = failureOf([&] { decompose(*shown.set, wish, console, calls); });
+
+  EXPECT_EQ(failure.code, ExitCode::badInput);
+  EXPECT_THAT(failure.what(), HasSubstr("became shorter"));
+  EXPECT_EQ(passes, 2);
+}
+
+TEST_F(SnapshotFiles, HolesGetTheirPlaceBeforeTheyAreWritten) {
+  constexpr std::size_t bytes = std::size_t(1) << 20;
+  const std::string file = write("holes", "");
+  std::filesystem::resize_file(file, bytes);
+  const auto placed = [&] {
+    struct stat info {};
+    EXPECT_EQ(stat(file.c_str(), &info), 0);
+    return static_cast<std::size_t>(info.st_blocks) * 512;
+  };
+  if (placed() >= bytes) GTEST_SKIP() << "the file system knows no holes";
+
+  { const app::MappedFile reading(file, bytes, false); }
+  EXPECT_LT(placed(), bytes);
+  const app::MappedFile writing(file, bytes, true);
+  EXPECT_GE(placed(), bytes);
 }
 
 TEST_F(SnapshotFiles, KnowsOneFileUnderTwoNames) {

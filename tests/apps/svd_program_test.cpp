@@ -6,9 +6,12 @@
 #include <algorithm>
 #include <cmath>
 #include <csignal>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <limits>
+#include <sys/vfs.h>
 #include <thread>
+#include <unistd.h>
 
 using apptest::Around;
 using apptest::numbersOf;
@@ -20,7 +23,7 @@ using ::testing::HasSubstr;
 namespace {
 
 constexpr std::size_t total = 9, length = 40;
-constexpr int usage = 2, badInput = 3, io = 4, interrupted = 130;
+constexpr int usage = 2, badInput = 3, io = 4, numerical = 5, interrupted = 130;
 
 /** Three directions of falling strength, mixed by cosines. */
 Vectors mixture() {
@@ -33,6 +36,20 @@ Vectors mixture() {
                      std::cos(static_cast<double>((k + 1) * i) / 9.0) *
                      std::cos(static_cast<double>(k * j) / 3.0 + 1);
     vectors.columns.push_back(column);
+  }
+  return vectors;
+}
+
+/** Numbers in [0, 1) without order. */
+Vectors randomVectors(std::size_t count, std::size_t rows) {
+  Vectors vectors;
+  std::uint64_t state = 1;
+  for (std::size_t j = 0; j < count; ++j) {
+    vectors.columns.emplace_back(rows);
+    for (double& value : vectors.columns.back()) {
+      state = state * 6364136223846793005ULL + 1442695040888963407ULL;
+      value = std::ldexp(static_cast<double>(state >> 11), -53);
+    }
   }
   return vectors;
 }
@@ -235,6 +252,158 @@ TEST_F(Svd, InPlaceTurnsASetFileIntoItsBasis) {
   }
 }
 
+TEST_F(Svd, InPlaceLeavesTheVectorsAloneWhenTooFewValuesConverge) {
+  // One value far above the others, which are nearly equal: one converges, three do not.
+  constexpr std::size_t n = 20;
+  Vectors clustered;
+  for (std::size_t j = 0; j < n; ++j) {
+    clustered.columns.emplace_back(n);
+    clustered.columns[j][j] = j == 0 ? 10 : 1 + 1e-5 * static_cast<double>(j);
+  }
+  const std::string file = write("in.set", setFile(clustered));
+
+  const Outcome run = svd({file, "--in-place", "--method", "arpack", "-k", "3", "--largest", "3",
+                           "--coefficients", path("c.csv")});
+
+  EXPECT_EQ(run.code, numerical);
+  EXPECT_THAT(run.err, HasSubstr("only 1 of 3 values converged"));
+  EXPECT_EQ(read("in.set"), setFile(clustered));
+  EXPECT_FALSE(exists("c.csv"));
+}
+
+TEST_F(Svd, InPlaceLeavesVectorsThatAreNotFiniteAlone) {
+  Vectors broken = vectors_;
+  broken.columns[4][7] = std::numeric_limits<double>::quiet_NaN();
+  for (const std::string method : {"lapack", "arpack"}) {
+    const std::string file = write("in.set", setFile(broken));
+    const Outcome run = svd({file, "--in-place", "--method", method, "-k", "2"});
+
+    EXPECT_EQ(run.code, badInput);
+    EXPECT_THAT(run.err, HasSubstr("vector 5 holds a value that is not a finite number"));
+    EXPECT_EQ(read("in.set"), setFile(broken)) << method;
+  }
+}
+
+TEST_F(Svd, InPlaceWritesTheOtherOutputsFirst) {
+  for (const char* option : {"--coefficients", "--values", "--plot"})
+    for (const std::string method : {"lapack", "arpack"}) {
+      const std::string file = write("in.set", setFile(vectors_));
+      const Outcome run =
+          svd({file, "--in-place", "--method", method, "-k", "2", option, "/dev/full"});
+
+      EXPECT_EQ(run.code, io) << option << run.err;
+      if (method == "arpack") {
+        EXPECT_EQ(read("in.set"), setFile(vectors_));
+        EXPECT_THAT(run.err, HasSubstr("the vectors are unchanged"));
+      } else { // used up by then; head and length still tell of all left vectors
+        const Vectors left = vectorsOf(read("in.set"));
+        EXPECT_EQ(left.count(), total);
+        EXPECT_LE(departure(left), 1e-12);
+        EXPECT_THAT(run.err, HasSubstr("the vectors are overwritten"));
+      }
+    }
+}
+
+TEST_F(Svd, AnInterruptedRunInPlaceTellsWhatBecameOfTheVectors) {
+  const Vectors large = randomVectors(200, 10000);
+  const std::string bytes = setFile(large), file = write("in.set", bytes);
+  Around around;
+  around.meanwhile = [&](pid_t child) { // the first Householder vector has been stored
+    constexpr std::size_t head = 4096;
+    std::string now(head, '\0');
+    for (int tries = 0; tries < 5000; ++tries) {
+      std::ifstream(file, std::ios::binary).read(now.data(), head);
+      if (bytes.compare(0, head, now) != 0) break;
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    kill(child, SIGINT);
+  };
+  const Outcome run =
+      svd({file, "--in-place", "--method", "lapack", "-k", "4", "--coefficients", path("c.csv")},
+          around);
+
+  if (run.code != 0) { // 0: too fast to be caught
+    EXPECT_EQ(run.code, interrupted) << run.err;
+    EXPECT_THAT(run.err, HasSubstr("all was finished, as the vectors were overwritten already"));
+    EXPECT_THAT(run.err, ::testing::Not(HasSubstr("nothing was written")));
+  }
+  const Vectors basis = vectorsOf(read("in.set"));
+  EXPECT_EQ(basis.count(), 4u);
+  EXPECT_LE(departure(basis), 1e-12);
+  EXPECT_EQ(numbersOf(read("c.csv")).size(), large.count());
+}
+
+TEST_F(Svd, InPlaceTellsAFullDiskBeforeItFillsHoles) {
+  const std::filesystem::path memory = "/dev/shm";
+  struct statfs info {};
+  constexpr unsigned tmpfs = 0x01021994;
+  if (statfs(memory.c_str(), &info) != 0 || static_cast<unsigned>(info.f_type) != tmpfs ||
+      info.f_blocks == 0 || access(memory.c_str(), W_OK) != 0)
+    GTEST_SKIP() << "needs a file system of known size that nobody fills by this";
+  const std::filesystem::path file = memory / ("zarel-svd-" + std::to_string(getpid()) + ".set");
+  // Holes larger than the whole file system, which it refuses at once.
+  constexpr int vectors = 1000;
+  const auto size = static_cast<double>(info.f_blocks) * static_cast<double>(info.f_bsize);
+  const auto rows = static_cast<std::int64_t>(1.5 * size / (vectors * sizeof(double)));
+  ASSERT_LT(rows, std::numeric_limits<int>::max());
+  std::ofstream(file, std::ios::binary)
+      << apptest::bytesOf<std::int32_t>({vectors, static_cast<std::int32_t>(rows)});
+  std::filesystem::resize_file(file,
+                               8 + static_cast<std::uintmax_t>(rows) * vectors * sizeof(double));
+
+  const Outcome run = svd({file.string(), "--in-place", "-k", "2"});
+  std::filesystem::remove(file);
+
+  EXPECT_EQ(run.code, io) << run.err;
+  EXPECT_THAT(run.err, HasSubstr("No space left"));
+}
+
+TEST_F(Svd, NoTwoOutputsAreOneFile) {
+  const std::string roundabout = (folder_ / "." / "c.csv").string();
+  for (const Words& words :
+       std::vector<Words>{{"--values", path("c.csv"), "--coefficients", path("c.csv")},
+                          {"--values", path("c.csv"), "--plot", roundabout},
+                          {"-o", path("c.csv"), "--plot", path("c.csv"), "--force"}}) {
+    Words all{set_};
+    all.insert(all.end(), words.begin(), words.end());
+    const Outcome run = svd(all);
+
+    EXPECT_EQ(run.code, usage) << ::testing::PrintToString(words);
+    EXPECT_THAT(run.err, HasSubstr("are one file"));
+    EXPECT_FALSE(exists("c.csv"));
+  }
+  std::filesystem::create_symlink(write("c.csv", "old"), path("link.csv"));
+  EXPECT_EQ(svd({set_, "-f", "-o", path("link.csv"), "--values", path("c.csv")}).code, usage);
+  EXPECT_EQ(read("c.csv"), "old");
+  EXPECT_EQ(svd({set_, "--values", "/dev/null", "--coefficients", "/dev/null"}).code, 0);
+}
+
+TEST_F(Svd, TheReportTellsWhetherValuesAreMissing) {
+  const auto all = svd({set_, "--json"}).json();
+  const auto few = svd({set_, "--json", "--largest", "2"}).json();
+
+  EXPECT_EQ(all["partial"], false);
+  EXPECT_EQ(few["partial"], true);
+  EXPECT_EQ(few["method"], "arpack"); // which alone looks for some
+  EXPECT_EQ(few["singular_values"].size(), 2u);
+  const Outcome wide = svd({write("wide.csv", "1,2,3\n4,5,7\n"), "--json"});
+  EXPECT_EQ(wide.json()["partial"], false); // two is all that there are
+  EXPECT_THAT(wide.err, ::testing::Not(HasSubstr("looked for")));
+}
+
+TEST_F(Svd, ASetOfZerosIsToldOf) {
+  const std::string zeros = write("zeros.csv", "0,0,0\n0,0,0\n0,0,0\n0,0,0\n");
+  const Outcome direct = svd({zeros, "-k", "2", "-o", path("basis"), "--json"});
+
+  EXPECT_EQ(direct.code, 0);
+  EXPECT_THAT(direct.err, HasSubstr("warning: all vectors are zero"));
+  EXPECT_EQ(direct.json()["errors"], nlohmann::json({0.0, 0.0, 0.0})); // numbers, not null
+  EXPECT_LE(departure(vectorsOf(read("basis"))), 1e-12);
+  const Outcome restarted = svd({zeros, "--method", "arpack"});
+  EXPECT_EQ(restarted.code, numerical);
+  EXPECT_THAT(restarted.err, HasSubstr("all vectors are zero"));
+}
+
 TEST_F(Svd, TheInputIsNeverAnOutput) {
   for (const char* option : {"-o", "--values", "--coefficients", "--plot"}) {
     const Outcome run = svd({set_, option, set_, "--force"});
@@ -281,6 +450,8 @@ TEST_F(Svd, WishesThatDoNotFitAreUsageErrors) {
                                                {set_, "--values", "-", "--coefficients", "-"},
                                                {set_, "--json", "-o", "-"},
                                                {set_, "--in-place", "-o", path("basis")},
+                                               {set_, "--method", "lapack", "--largest", "3"},
+                                               {set_, "-k", "4", "--largest", "3"},
                                                {wideOne, "--method", "arpack"},
                                                {wideOne, "--in-place"}}) {
     const Outcome run = svd(words);
@@ -310,14 +481,7 @@ TEST_F(Svd, AFullDiskIsToldAndLeavesNoOutput) {
 
 TEST_F(Svd, AKilledRunLeavesNoPartialOutput) {
   // Large enough to be killed in the middle, whatever the machine.
-  Vectors large;
-  std::uint64_t state = 1;
-  for (std::size_t j = 0; j < 120; ++j) {
-    large.columns.emplace_back(20000);
-    for (double& value : large.columns.back())
-      value = static_cast<double>((state = state * 6364136223846793005ULL + 1) >> 11);
-  }
-  const std::string file = write("large.set", setFile(large));
+  const std::string file = write("large.set", setFile(randomVectors(120, 20000)));
   const auto before = names();
   for (const int signal : {SIGKILL, SIGINT})
     for (const std::string method : {"lapack", "arpack"}) {

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -258,17 +259,34 @@ SnapshotLayout inspectSnapshots(const SnapshotChoice& choice) {
   return layout;
 }
 
+namespace {
+
+/** Gives the holes of a file their place on the disk. Returns an errno, 0 after success. */
+int fillHoles(int fd, const struct stat& info) {
+  constexpr long long statBlock = 512; // whatever the file system's own is
+  if (static_cast<long long>(info.st_blocks) * statBlock >= info.st_size) return 0;
+  int error = EINTR;
+  while (error == EINTR)
+    error = posix_fallocate(fd, 0, info.st_size);
+  return error == EINVAL || error == EOPNOTSUPP ? 0 : error; // the file system cannot promise it
+}
+
+} // namespace
+
 MappedFile::MappedFile(const std::string& path, std::size_t bytes, bool writable)
     : path_(path), bytes_(bytes) {
   fd_ = open(path.c_str(), (writable ? O_RDWR : O_RDONLY) | O_CLOEXEC);
   if (fd_ < 0) failIo("cannot open \"" + path + "\"", errno);
   struct stat info {};
   const bool whole = fstat(fd_, &info) == 0 && static_cast<std::size_t>(info.st_size) >= bytes;
-  void* const view = whole ? mmap(nullptr, bytes, writable ? PROT_READ | PROT_WRITE : PROT_READ,
-                                  MAP_SHARED, fd_, 0)
-                           : MAP_FAILED;
+  int error = whole ? 0 : EIO;
+  if (error == 0 && writable) error = fillHoles(fd_, info);
+  void* const view =
+      error == 0
+          ? mmap(nullptr, bytes, writable ? PROT_READ | PROT_WRITE : PROT_READ, MAP_SHARED, fd_, 0)
+          : MAP_FAILED;
   if (view == MAP_FAILED) {
-    const int error = whole ? errno : EIO;
+    if (error == 0) error = errno;
     close(fd_);
     failIo("cannot map \"" + path + "\"", error);
   }
@@ -278,6 +296,13 @@ MappedFile::MappedFile(const std::string& path, std::size_t bytes, bool writable
 MappedFile::~MappedFile() {
   if (data_ != nullptr) munmap(data_, bytes_);
   close(fd_);
+}
+
+void MappedFile::check() const {
+  struct stat info {};
+  if (fstat(fd_, &info) != 0) failIo("cannot read \"" + path_ + "\"", errno);
+  if (static_cast<std::size_t>(info.st_size) < bytes_)
+    throw badFile(path_, "the file became shorter while it was read");
 }
 
 void MappedFile::finish(std::size_t bytes) {
@@ -326,6 +351,15 @@ bool isSameFile(const std::string& a, const std::string& b) {
   }, second{};
   return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 &&
          first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
+bool isSameOutput(const std::string& a, const std::string& b) {
+  struct stat info {};
+  if (stat(a.c_str(), &info) == 0 && !S_ISREG(info.st_mode)) return false;
+  std::error_code first, second;
+  const auto one = std::filesystem::weakly_canonical(std::filesystem::absolute(a), first);
+  const auto other = std::filesystem::weakly_canonical(std::filesystem::absolute(b), second);
+  return isSameFile(a, b) || (!first && !second && one == other);
 }
 
 } // namespace app

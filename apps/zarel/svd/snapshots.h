@@ -49,13 +49,21 @@ SnapshotLayout inspectSnapshots(const SnapshotChoice& choice);
 /** Bytes of a file in memory, for reading or for both ways. */
 class MappedFile {
 public:
-  /** Maps the first `bytes` of a file. Throws `io`. */
+  /**
+   * Maps the first `bytes` of a file; for both ways, holes get their place on the disk first, so
+   * that a full disk is an error and no signal later. Throws `io`.
+   */
   MappedFile(const std::string& path, std::size_t bytes, bool writable);
   MappedFile(const MappedFile&) = delete;
   MappedFile& operator=(const MappedFile&) = delete;
   ~MappedFile();
 
   char* data() const { return data_; }
+  /**
+   * Looks whether the file still has all bytes, as reading those that were cut off ends the
+   * process. Throws `badInput`.
+   */
+  void check() const;
   /** Writes changes back, cuts the file and syncs it. Throws `io`. */
   void finish(std::size_t bytes);
 
@@ -79,8 +87,11 @@ Snapshots viewSnapshots(const std::string& path, const SnapshotLayout& layout, b
 Snapshots loadSnapshots(const SnapshotChoice& choice, const SnapshotLayout& layout, bool inCore,
                         Console& console);
 
-/** Whether two names lead to one file. */
+/** Whether two names lead to one file; both exist. */
 bool isSameFile(const std::string& a, const std::string& b);
+
+/** Whether two outputs would be one file, whether it exists or not. Devices take several. */
+bool isSameOutput(const std::string& a, const std::string& b);
 
 } // namespace app
 

@@ -101,6 +101,7 @@ public:
       basis_->write({reinterpret_cast<const char*>(values),
                      static_cast<std::size_t>(length) * sizeof(double)});
   }
+  /** Writes what is left and gives all files their names. */
   void finish(SvdResult& result) {
     if (values_) writeValues(result);
     if (coefficients_) writeCoefficients(result.coefficients);
@@ -144,6 +145,16 @@ private:
   std::optional<OutputFile> basis_, values_, coefficients_, plot_;
 };
 
+void checkDistinct(const std::vector<const std::string*>& paths) {
+  for (std::size_t i = 0; i < paths.size(); ++i)
+    for (std::size_t j = 0; j < i; ++j) {
+      const std::string &a = *paths[j], &b = *paths[i];
+      if (a.empty() || b.empty() || a == "-" || b == "-" || !isSameOutput(a, b)) continue;
+      throw Failure(ExitCode::usage, "\"" + a + "\" and \"" + b + "\" are one file",
+                    "give each output a file of its own");
+    }
+}
+
 void checkOutputs(const SvdCommand& command, const Globals& globals) {
   int streams = globals.json ? 1 : 0;
   if (command.valuesGiven || !globals.json) streams += command.values == "-";
@@ -160,6 +171,7 @@ void checkOutputs(const SvdCommand& command, const Globals& globals) {
                     "--in-place turns a vector set file into its basis");
     checkOverwrite(*path, globals.force);
   }
+  checkDistinct({&command.basis, &command.values, &command.coefficients, &command.plot});
   if (command.inPlace && !command.basis.empty())
     throw Failure(ExitCode::usage, "--in-place and --output are two places for one basis",
                   "leave one of them out");
@@ -174,6 +186,7 @@ void checkInPlace(const SnapshotLayout& layout, const SvdCommand& command) {
 /** The solver that a wish, the shape and the room lead to. */
 SvdMethod chosenMethod(const SvdCommand& command, const SnapshotLayout& layout, bool inCore) {
   if (command.choice.method != SvdMethod::automatic) return command.choice.method;
+  if (command.choice.largest > 0) return SvdMethod::arpack;
   const bool tall = layout.length >= layout.vectors && layout.vectors > 1;
   return inCore || !tall ? SvdMethod::lapack : SvdMethod::arpack;
 }
@@ -222,6 +235,7 @@ Json svdReport(const SvdCommand& command, const SvdResult& result, bool inCore, 
   document["method"] = methodName(result.method);
   if (result.method == SvdMethod::arpack) document["products"] = result.products;
   document["kept"] = result.kept;
+  document["partial"] = result.partial();
   document["singular_values"] = result.values;
   document["errors"] = result.errors;
   const auto name = [](const std::string& path) { return path.empty() ? Json() : Json(path); };
@@ -242,15 +256,60 @@ void tell(const SvdCommand& command, const SvdResult& result, double seconds, Co
     text += " in " + std::to_string(result.products) + " products";
   console.note(text + ", in " + duration(seconds));
   console.note("error of truncation " + roundedText(result.errors[last], 3) +
-               (result.values.size() < static_cast<std::size_t>(result.vectors)
-                    ? ", relative to the values that were looked for"
-                    : ""));
+               (result.partial() ? ", relative to the values that were looked for" : ""));
+  if (result.values.front() == 0)
+    console.warn("all vectors are zero: any basis would do, and its vectors tell nothing");
   for (const std::string* path : {&command.basis, &command.coefficients, &command.plot})
     if (!path->empty() && *path != "-") console.note("wrote " + *path);
   if (command.inPlace) console.note("turned " + command.input.path + " into its basis");
 }
 
+/** Tells after a failure what has become of the vectors. */
+void finishBeforeInPlace(Outputs& outputs, SvdResult& result) {
+  try {
+    outputs.finish(result);
+  } catch (Failure& failure) {
+    failure.hint = result.method == SvdMethod::arpack
+                       ? "the vectors are unchanged"
+                       : "the vectors are overwritten: the file holds all left singular vectors";
+    throw;
+  }
+}
+
+/**
+ * Decomposes, and leaves all outputs. In place the others are published before the file changes,
+ * or, with the direct solver that has used it up by then, before it loses its size: whatever stops
+ * this, the vectors are not lost together with what was told of them.
+ */
+SvdResult decomposeInto(Outputs& outputs, Snapshots& snapshots, const SvdChoice& choice,
+                        Console& console) {
+  const int length = snapshots.set->getDim1();
+  std::optional<InPlace> inPlace;
+  if (choice.inPlace) inPlace.emplace(snapshots);
+  SvdCalls calls;
+  calls.check = [&] {
+    if (snapshots.file) snapshots.file->check();
+  };
+  calls.start = [&](SvdResult& result) {
+    if (inPlace)
+      finishBeforeInPlace(outputs, result);
+    else
+      outputs.startBasis(result.kept, length);
+  };
+  calls.take = [&](int i, const double* values) {
+    outputs.vector(values, length);
+    if (inPlace) inPlace->vector(i, values);
+  };
+  SvdResult result = decompose(*snapshots.set, choice, console, calls);
+  if (inPlace)
+    inPlace->finish(result.kept);
+  else
+    outputs.finish(result);
+  return result;
+}
+
 void runSvd(const SvdCommand& command, Globals& globals) {
+  checkChoice(command.choice);
   checkOutputs(command, globals);
   const SnapshotLayout layout = inspectSnapshots(command.input);
   if (command.inPlace) checkInPlace(layout, command);
@@ -258,6 +317,7 @@ void runSvd(const SvdCommand& command, Globals& globals) {
   const bool inCore = layout.bytes() <= room;
   SvdChoice choice = command.choice;
   choice.method = chosenMethod(command, layout, inCore);
+  choice.inPlace = command.inPlace;
   if (!inCore)
     globals.console.note(humanSize(layout.bytes()) + " of vectors stay on a file; " +
                          humanSize(room) + " may be kept in memory");
@@ -265,20 +325,12 @@ void runSvd(const SvdCommand& command, Globals& globals) {
   const auto begin = Clock::now();
   Snapshots snapshots = openSnapshots(command, layout, choice.method, inCore, globals.console);
   interrupt::check("nothing was written");
-  const int length = snapshots.set->getDim1();
-  std::optional<InPlace> inPlace;
-  if (command.inPlace) inPlace.emplace(snapshots);
-  SvdResult result = decompose(
-      *snapshots.set, choice, globals.console, [&](int kept) { outputs.startBasis(kept, length); },
-      [&](int i, const double* values) {
-        outputs.vector(values, length);
-        if (inPlace) inPlace->vector(i, values);
-      });
-  if (inPlace) inPlace->finish(result.kept);
-  outputs.finish(result);
+  const SvdResult result = decomposeInto(outputs, snapshots, choice, globals.console);
   const double seconds = std::chrono::duration<double>(Clock::now() - begin).count();
   tell(command, result, seconds, globals.console);
   if (globals.json) printReport(svdReport(command, result, inCore, seconds));
+  if (command.inPlace)
+    interrupt::check("all was finished, as the vectors were overwritten already");
 }
 
 void addInputOptions(CLI::App& svd, SnapshotChoice& input) {
