@@ -50,8 +50,9 @@ public:
   void InitOptions() override;
   /**
    * Returns the estimate. `x` and `y`, in core, take the number of columns and are work vectors;
-   * `maxIter` -1 stands for the number of columns. The iteration also ends when the estimate is
-   * below 1e-14 or not a number. Without "A*A" the matrix has to be square.
+   * `maxIter` -1 stands for the number of columns, any other below 1 for one round. The iteration
+   * also ends when the estimate is below 1e-14 or not a number. Without "A*A" the matrix has to be
+   * square.
    *
    * Returns 0 when the first estimate is 0. Throws 13202 when the vector's norm is above 1e100,
    * 2871 for integers, an `int` (-1) when a later estimate is 0, 2870 for a vector that is not in

@@ -20,7 +20,10 @@
  * 1 - (s[0] + ... + s[i]) / (s[0] + ... + s[n - 1]). The first entry that is at or below the
  * threshold decides. docs/decompositions.md has the mathematics.
  *
- * Results stay readable until the next run. A run that failed leaves none.
+ * Results stay readable until the next run. A run that failed, by its result or an exception,
+ * leaves none, even where it was refused at once; one with no vectors to treat leaves the earlier
+ * ones.
+ *
  * Messages: values and errors under debug scope 451, level 3.
  * Threads: an object belongs to one thread; nobody else may touch the set during a run.
  * Failures: results are 0, or -1 after a trace; containers and sets throw (C_MatMGe, C_VSTRUCT).
@@ -68,7 +71,7 @@ public:
   double GetThresholdValue() const { return threshold_; }
   /** Sets it. Returns 0. */
   int SetThresholdValue(double threshold);
-  /** Tells how many vectors the last run kept, 0 before the first. */
+  /** Tells how many vectors the last run kept; 0 before the first and after one that failed. */
   int GetNbRetained() const { return retained_; }
 
 protected:
@@ -144,6 +147,7 @@ public:
 private:
   void prepare(int m, int n);
   int callLapack(T* a, int number);
+  int estimate();
   void reverseOldValues();
   int refuseQtQ();
 
@@ -172,6 +176,8 @@ public:
 
 /**
  * The columns of A are the vectors of a set, which it does not own and which must outlive it.
+ *
+ * A run begins with GetSize, from which on a whole view is tried once.
  *
  * A set in core or mapped is multiplied in panels of rows that stay in the cache, each of which is
  * read once for both halves of A^T A x. Vectors that cannot be one matrix (gaps that are no whole
@@ -207,6 +213,7 @@ private:
   int blockSize_ = 1;
   int blocks_;
   bool useGram_ = false;
+  bool noWholeView_ = false; ///< a view of all vectors was refused during this run
 };
 
 /**

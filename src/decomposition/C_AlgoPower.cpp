@@ -79,11 +79,11 @@ bool C_AlgoPower<T>::reached(int rule, double residual, double change, int round
                              int maxIter) const {
   switch (rule) {
   case 0:
-    return residual <= _tolerance || round == maxIter;
+    return residual <= _tolerance || round >= maxIter;
   case 1:
     return change <= _tolerance;
   case 2:
-    return change <= _tolerance || round == maxIter;
+    return change <= _tolerance || round >= maxIter;
   default:
     return true;
   }

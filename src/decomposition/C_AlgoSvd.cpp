@@ -108,14 +108,7 @@ T C_AlgoSvd<T>::keptValue(int j) {
 
 template <class T>
 T C_AlgoSvd<T>::lostShare(double kept, double total, int i) {
-  switch (errorMode_) {
-  case 1:
-    return Zarel::fromReal<T>(1 - kept / total);
-  case 0:
-    return values_[i + 1] / values_[0];
-  default:
-    Zarel::fail(3);
-  }
+  return errorMode_ == 1 ? Zarel::fromReal<T>(1 - kept / total) : values_[i + 1] / values_[0];
 }
 
 template <class T>
@@ -128,6 +121,7 @@ int C_AlgoSvd<T>::ErrorEstimation() {
   double total = 0, kept = 0;
   for (int i = 0; i < n; ++i)
     total += realPart(values_[i]);
+  if (errorMode_ != 0 && errorMode_ != 1) Zarel::fail(3);
   for (int i = 0; i < n - 1; ++i) {
     kept += realPart(values_[i]);
     errors_[i] = lostShare(kept, total, i);

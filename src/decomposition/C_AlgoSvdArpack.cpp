@@ -94,6 +94,7 @@ void C_AlgoSvdArpack::tell(const char* format, ...) {
 }
 
 int C_AlgoSvdArpack::Run(C_VSTRUCT<double>& Q, int first, int) {
+  retained_ = 0;
   if (first >= 1) return Zarel::decomposition::refusedFirst(method, __FILE__, __LINE__);
   C_ItfSvdArpackCVstruct itf(Q);
   rows_ = Q.getDim1();
@@ -103,8 +104,8 @@ int C_AlgoSvdArpack::Run(C_VSTRUCT<double>& Q, int first, int) {
 
 int C_AlgoSvdArpack::Run(C_ItfAlgorithm& problem) {
   const Zarel::C_Trace frame(method, __FILE__, __LINE__, BegFunc(), EndFunc());
-  C_ItfSvdArpack& itf = dynamic_cast<C_ItfSvdArpack&>(problem);
   retained_ = 0;
+  C_ItfSvdArpack& itf = dynamic_cast<C_ItfSvdArpack&>(problem);
   if (settle(itf) != 0) return traced();
   Iteration run = start();
   if (iterate(itf, run) != 0 || extract(run) != 0) return traced();
@@ -115,8 +116,8 @@ int C_AlgoSvdArpack::Run(C_ItfAlgorithm& problem) {
   if (kept == columns_ - 1) completeRightHand(kept++);
   tell("[SVD] Dimension Apres correction : %d", kept);
   if (replaceVectors(itf, kept) != 0) return traced();
-  retained_ = kept;
   summarise(run);
+  retained_ = kept;
   return 0;
 }
 

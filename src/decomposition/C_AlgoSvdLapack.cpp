@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <utility>
 
 #include <zarel/C_Trace.h>
 
@@ -47,6 +48,27 @@ std::int64_t bestWork(int m, int n) {
   return static_cast<std::int64_t>(std::real(widen(room)));
 }
 
+/**
+ * Maps the vectors from `first` on for the time of `operation`, however it ends. A refusal to unmap
+ * is told unless something else went wrong before.
+ */
+template <class T, class Operation>
+int whileMapped(C_VSTRUCT<T>& Q, int first, Operation operation) {
+  int result = 0;
+  Q.MapBlock(static_cast<unsigned>(first), static_cast<unsigned>(Q.getDim() - 1));
+  try {
+    result = operation(Q[first]->Adr(0));
+  } catch (...) {
+    try {
+      Q.UnmapAllBlocks();
+    } catch (const C_ZarelException&) {
+    }
+    throw;
+  }
+  Q.UnmapAllBlocks();
+  return result;
+}
+
 /** Whether the vectors from `first` on are the columns of one matrix, and can be made so. */
 template <class T>
 bool isOneMatrix(C_VSTRUCT<T>& Q, int first) {
@@ -66,8 +88,8 @@ void C_AlgoSvdLapack<T>::prepare(int m, int n) {
   if (m == this->rows_ && n == this->columns_) return;
   std::int64_t work = leastWork(m, n, computeQtQ_);
   if (!computeQtQ_) work = std::max(work, std::min(fastWork(n), bestWork<T>(m, n)));
-  // Should a step fail, no results are left and the next run starts anew.
-  this->rows_ = this->columns_ = this->retained_ = 0;
+  // Should a step fail, the next run starts anew.
+  this->rows_ = this->columns_ = 0;
   this->rightHand_.Resize(n, n);
   this->values_.Resize(n);
   work_.Resize(static_cast<int>(std::min<std::int64_t>(work, std::numeric_limits<int>::max())));
@@ -80,7 +102,6 @@ int C_AlgoSvdLapack<T>::callLapack(T* a, int number) {
   const int m = this->rows_, n = this->columns_, least = std::min(m, n);
   const int bad = firstNotFinite(a, m, n);
   if (bad >= 0) return refusedNotFinite(method, number + bad, __FILE__, __LINE__);
-  this->retained_ = 0;
   using R = Zarel::decomposition::Real<T>;
   Values real(std::max(3 * least, least + 4 * (least - 1)));
   C_VecPi<R, int, C_PtrInCore<R, int>> s(std::max(least, 1));
@@ -91,6 +112,13 @@ int C_AlgoSvdLapack<T>::callLapack(T* a, int number) {
   for (int i = 0; i < least; ++i)
     this->values_[i] = T(s[i]);
   return 0;
+}
+
+/** Tells how many vectors to keep; there are no results until they alone are left. */
+template <class T>
+int C_AlgoSvdLapack<T>::estimate() {
+  this->ErrorEstimation();
+  return std::exchange(this->retained_, 0);
 }
 
 template <class T>
@@ -113,6 +141,7 @@ int C_AlgoSvdLapack<T>::Run(C_VSTRUCT<T>& Q, int first, int keep) {
   const Zarel::C_Trace frame(method, __FILE__, __LINE__, BegFunc(), EndFunc());
   const int n = Q.getDim() - first;
   if (n == 0) return 0;
+  this->retained_ = 0;
   if (first < 0 || n < 0 || keep < -1 || keep > n)
     return refused(method, __FILE__, __LINE__,
                    "ERROR in %s: vectors from %d and %d to keep, of %d\n", method, first, keep,
@@ -126,17 +155,11 @@ int C_AlgoSvdLapack<T>::Run(C_VSTRUCT<T>& Q, int first, int keep) {
     if (Q.MatQtQ(this->rightHand_) != 0) return traced();
     reverseOldValues();
   } else {
-    Q.MapBlock(static_cast<unsigned>(first), static_cast<unsigned>(Q.getDim() - 1));
-    const int result = callLapack(Q[first]->Adr(0), first);
-    Q.UnmapAllBlocks();
-    if (result != 0) return traced();
+    if (whileMapped(Q, first, [&](T* a) { return callLapack(a, first); }) != 0) return traced();
   }
-  if (keep == -1) {
-    if (this->ErrorEstimation() != 0) return traced();
-  } else {
-    this->retained_ = keep;
-  }
-  Q.Resize(this->retained_ + first, nullptr);
+  if (keep == -1) keep = estimate();
+  Q.Resize(keep + first, nullptr);
+  this->retained_ = keep;
   return 0;
 }
 
@@ -145,6 +168,7 @@ int C_AlgoSvdLapack<T>::Run(C_MatMGe<T>& A, int first) {
   const Zarel::C_Trace frame(method, __FILE__, __LINE__, BegFunc(), EndFunc());
   const int m = A.NbRow(), n = A.NbCol() - first;
   if (n == 0) return 0;
+  this->retained_ = 0;
   if (first < 0 || n < 0)
     return refused(method, __FILE__, __LINE__, "ERROR in %s: columns from %d, of %d\n", method,
                    first, A.NbCol());
@@ -154,8 +178,9 @@ int C_AlgoSvdLapack<T>::Run(C_MatMGe<T>& A, int first) {
                    "ERROR in %s: the columns do not lie one behind the other\n", method);
   prepare(m, n);
   if (!computeQtQ_ && callLapack(A[first], first) != 0) return traced();
-  if (this->ErrorEstimation() != 0) return traced();
-  A.Resize(m, this->retained_ + first);
+  const int keep = estimate();
+  A.Resize(m, keep + first);
+  this->retained_ = keep;
   return 0;
 }
 

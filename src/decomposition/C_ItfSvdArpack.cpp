@@ -58,6 +58,7 @@ int C_ItfSvdArpackCVstruct::blocksOf(int vectors) const {
 int C_ItfSvdArpackCVstruct::GetSize(int& m, int& n) {
   m = set_->getDim1();
   n = set_->getDim();
+  noWholeView_ = false;
   return 0;
 }
 
@@ -75,11 +76,13 @@ double* C_ItfSvdArpackCVstruct::wholeMatrix() {
   if (set_->getCoreMode() == 1) return set_->Adr();
   if (!set_->GetMapFile()) return nullptr;
   if (set_->Adr() != nullptr) return set_->Adr();
+  if (noWholeView_) return nullptr;
   try {
     set_->MapAllBlocks();
   } catch (const C_ZarelException& e) {
     if (e.getExceptionCode() != mappingFailed) throw;
-    return nullptr; // no room for one view; the set goes in parts
+    noWholeView_ = true; // the set goes in parts, and no product tries in vain again
+    return nullptr;
   }
   return set_->Adr();
 }

@@ -121,6 +121,19 @@ TYPED_TEST(AlgoPower, MinusOneStandsForAsManyRoundsAsColumns) {
   EXPECT_NE(run(power, m, -1), run(power, m, 4));
 }
 
+TYPED_TEST(AlgoPower, ALimitThatHasPassedAlreadyEndsTheFirstRound) {
+  using T = TypeParam;
+  C_MatMGe<T> m = diagonal<T>({1, 2, 3});
+  const auto expected = wide(firstQuotient(m));
+  C_AlgoPower<T> power("", 0);
+  Run<T> run;
+
+  for (const int rule : {0, 2}) {
+    power.setOption("StopCriteria", rule);
+    expectClose(run(power, m, -2), expected, 3);
+  }
+}
+
 TYPED_TEST(AlgoPower, RuleOneGoesOnUntilTwoEstimatesAreEqual) {
   using T = TypeParam;
   C_MatMGe<T> m = diagonal<T>({1, 16});
@@ -249,6 +262,32 @@ TYPED_TEST(AlgoPowerSymmetric, IteratesOnTheMatrixItself) {
   m(1, 1) = scalar<T>(-2);
 
   EXPECT_NEAR(m.Nrm(E_Nrm2), 3, 0.05 * 3);
+}
+
+/** The matrix (1, i; i, -1), which is symmetric and tells so: its square is 0, its singular values
+ * are 2 and 0. */
+template <class T>
+class Nilpotent : public C_MatMGe<T> {
+public:
+  Nilpotent() : C_MatMGe<T>(2, 2) {
+    (*this)(0, 0) = scalar<T>(1);
+    (*this)(0, 1) = (*this)(1, 0) = scalar<T>(0, 1);
+    (*this)(1, 1) = scalar<T>(-1);
+  }
+  bool Sym() override { return true; }
+};
+
+TYPED_TEST(AlgoPower, TheNormOfASymmetricMatrixWhoseQuotientVanishesComesFromItsSquare) {
+  using T = TypeParam;
+  if constexpr (isComplex<T>) {
+    Nilpotent<T> m;
+    C_AlgoPower<T> power("", 0);
+    Run<T> run;
+
+    ASSERT_TRUE(m.Sym());
+    EXPECT_THROW(run(power, m, -1), int); // of the second round
+    EXPECT_NEAR(m.Nrm(E_Nrm2), 2, 2e-3);
+  }
 }
 
 TYPED_TEST(AlgoPower, SurvivesFailingAllocations) {

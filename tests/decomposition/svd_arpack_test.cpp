@@ -1,4 +1,5 @@
 // The decomposition by implicit restart: against the direct one, step by step, and where it ends.
+#include <cerrno>
 #include <limits>
 #include <typeinfo>
 
@@ -7,6 +8,9 @@
 #include "decomposition/sets.h"
 #include "support/Capture.h"
 #include "support/FailingAllocation.h"
+#include "support/FailingCall.h"
+#include "support/Files.h"
+#include "system/calls.h"
 
 namespace {
 
@@ -259,6 +263,38 @@ TEST(AlgoSvdArpack, TooFewRestartsLeaveNothing) {
   EXPECT_EQ(second.getDim(), 50);
 }
 
+TEST(AlgoSvdArpack, ValuesThatConvergedBeforeTheLastRestartAreASuccessWithANote) {
+  std::vector<double> spectrum{100, 10}; // far above a crowd
+  for (const double value : graded(48, 1, 0.999))
+    spectrum.push_back(value);
+  Matrix small = withSpectrum<double>(20, {3, 2}), large = withSpectrum<double>(60, spectrum);
+  C_AlgoSvdArpack svd;
+  Set first(inCore, 2, 20, nullptr), second(inCore, 50, 60, nullptr);
+  fillFrom(first, small);
+  fillFrom(second, large);
+  ASSERT_EQ(svd.Run(first, 0, -1), 0); // leaves two restarts
+  int nev = 6;
+  svd.SetNbEigenValuesToFind(nev);
+
+  const auto said = capture([&] {
+    const Listening listening;
+    ASSERT_EQ(svd.Run(second, 0, -1), 0);
+  });
+
+  const std::vector<double> s = valuesOf<double>(svd);
+  ASSERT_GE(s.size(), 2u);
+  ASSERT_LT(s.size(), 6u);
+  EXPECT_NEAR(s[0], 100, 1e-10);
+  EXPECT_NEAR(s[1], 10, 1e-10);
+  EXPECT_EQ(svd.GetNbRetained(), static_cast<int>(s.size()));
+  EXPECT_EQ(second.getDim(), static_cast<int>(s.size()));
+  EXPECT_TRUE(holds(said.out, "[SVD] Maximum number of iterations reached.\n")) << said.out;
+  EXPECT_TRUE(holds(said.out, "The number of Ritz values requested is 6\n"));
+  EXPECT_TRUE(
+      holds(said.out, "The number of converged Ritz values is " + std::to_string(s.size()) + "\n"));
+  EXPECT_FALSE(holds(said.out, "No shifts could be applied"));
+}
+
 TEST(AlgoSvdArpack, KeepHasNoEffect) {
   Matrix a = withSpectrum<double>(20, {3, 2, 1, 0.5});
   Set set(inCore, 4, 20, nullptr);
@@ -319,12 +355,12 @@ public:
   }
   int SetNewA(Set& q) override {
     basis = q.getDim();
-    return 0;
+    return newFails ? -1 : 0;
   }
   void listen(Zarel::C_ProgressEngine* engine) { _progress = engine; }
 
   int products = 0, failAt = 0, basis = -1;
-  bool sizeFails = false, basisFails = false;
+  bool sizeFails = false, basisFails = false, newFails = false;
 
 private:
   std::vector<double> eigenvalues_;
@@ -380,6 +416,7 @@ TEST(AlgoSvdArpack, AFailureOfTheInterfaceEndsTheRun) {
   EXPECT_EQ(resultOf([](Diagonal& p) { p.failAt = 1; }), -1);
   EXPECT_EQ(resultOf([](Diagonal& p) { p.failAt = 3; }), -1);
   EXPECT_EQ(resultOf([](Diagonal& p) { p.basisFails = true; }), -1);
+  EXPECT_EQ(resultOf([](Diagonal& p) { p.newFails = true; }), -1);
 }
 
 TEST(AlgoSvdArpack, AnInterfaceOfAnotherKindIsABadCast) {
@@ -387,6 +424,25 @@ TEST(AlgoSvdArpack, AnInterfaceOfAnotherKindIsABadCast) {
   C_AlgoSvdArpack svd;
 
   EXPECT_THROW(svd.Run(other), std::bad_cast);
+}
+
+TEST(AlgoSvdArpack, ARefusalLeavesNoResultsOfAnEarlierRun) {
+  C_ItfAlgorithm other;
+  Set set(inCore, 4, 9, nullptr);
+  C_AlgoSvdArpack svd;
+  const auto succeed = [&] {
+    Diagonal problem({1, 16, 4, 9});
+    ASSERT_EQ(svd.Run(problem), 0);
+    ASSERT_EQ(svd.GetNbRetained(), 4);
+  };
+
+  succeed();
+  EXPECT_THROW(svd.Run(other), std::bad_cast);
+  EXPECT_EQ(svd.GetNbRetained(), 0);
+
+  succeed();
+  capture([&] { EXPECT_EQ(svd.Run(set, 1, -1), -1); });
+  EXPECT_EQ(svd.GetNbRetained(), 0);
 }
 
 TEST(AlgoSvdArpack, AnOperatorThatGivesNoNumberEndsTheRun) {
@@ -424,18 +480,16 @@ TEST(AlgoSvdArpack, ProgressHearsEachProductAndMayEndTheRun) {
   EXPECT_EQ(svd.Run(problem), 0); // a broken off run leaves ARPACK usable
 }
 
-TEST(AlgoSvdArpack, AZeroSetHasZeroValues) {
+/** ARPACK has no direction to start from. */
+TEST(AlgoSvdArpack, AZeroSetIsAnError) {
   Set set(inCore, 5, 9, nullptr);
   C_AlgoSvdArpack svd;
-  int result = 1;
 
-  const auto said = capture([&] { result = svd.Run(set, 0, -1); });
+  const auto said = capture([&] { EXPECT_EQ(svd.Run(set, 0, -1), -1); });
 
-  if (result == 0)
-    for (double value : valuesOf<double>(svd))
-      EXPECT_EQ(value, 0);
-  else
-    EXPECT_TRUE(holds(said.err, "[SVD] Error with"));
+  EXPECT_TRUE(holds(said.err, "[SVD] Error with _saupd, info = -")) << said.err;
+  EXPECT_EQ(svd.GetNbRetained(), 0);
+  EXPECT_EQ(set.getDim(), 5);
 }
 
 TEST(ItfSvdArpackCVstruct, NamesTheFirstVectorThatHoldsNoFiniteNumber) {
@@ -513,6 +567,141 @@ TEST(ItfSvdArpackCVstruct, MultipliesSetsOfEveryStorage) {
         part(i, j) = a(i + 100, j + 2);
     expectProducts(link, part);
   }
+}
+
+/** While it lives, no view of `least` bytes or more is to be had. */
+class NoViewsFrom {
+public:
+  explicit NoViewsFrom(std::size_t least) {
+    real = Zarel::systemCalls().mmap;
+    limit = least;
+    refusals = 0;
+    Zarel::systemCalls().mmap = mmap;
+  }
+  ~NoViewsFrom() { Zarel::systemCalls().mmap = real; }
+  NoViewsFrom(const NoViewsFrom&) = delete;
+  NoViewsFrom& operator=(const NoViewsFrom&) = delete;
+
+  static int refusals;
+
+private:
+  static void* mmap(void* address, std::size_t bytes, int protection, int flags, int fd,
+                    off_t offset) {
+    if (bytes < limit) return real(address, bytes, protection, flags, fd, offset);
+    ++refusals;
+    errno = ENOMEM;
+    return reinterpret_cast<void*>(-1); // MAP_FAILED
+  }
+  static decltype(Zarel::SystemCalls::mmap) real;
+  static std::size_t limit;
+};
+int NoViewsFrom::refusals = 0;
+decltype(Zarel::SystemCalls::mmap) NoViewsFrom::real = nullptr;
+std::size_t NoViewsFrom::limit = 0;
+
+/** A mapped set whose vectors lie so far apart, in a file with holes, that a walk over them has one
+ * in view at a time. */
+class FarApart : public ::testing::Test {
+protected:
+  static constexpr std::size_t gap = 64 << 20;
+
+  void SetUp() override {
+    support::writeBytes(name, raw(5, 30));
+    file = std::fopen(name.c_str(), "r+b");
+    ASSERT_NE(file, nullptr);
+    std::fseek(file, 0, SEEK_END);
+    for (int j = 0; j < 5; ++j) {
+      ASSERT_EQ(std::fwrite(a[j], sizeof(double), 30, file), 30u);
+      if (j < 4) std::fseek(file, gap, SEEK_CUR);
+    }
+    std::rewind(file);
+    ASSERT_EQ(set.Read(file, 2, true, 0, 0, gap), 0);
+  }
+  ~FarApart() override {
+    if (file != nullptr) std::fclose(file);
+  }
+
+  Matrix a = withSpectrum<double>(30, graded(5, 1, 0.5));
+  support::TempDirectory directory;
+  std::string name = directory.file("vectors");
+  std::FILE* file = nullptr;
+  Set set;
+};
+
+TEST_F(FarApart, VectorsAreMultipliedOneByOneWhereNoWholeViewFits) {
+  capture([&] {
+    const NoViewsFrom whole(gap);
+    expectProducts(set, a);
+    EXPECT_EQ(NoViewsFrom::refusals, 1);
+  });
+}
+
+/** The problem as it is, with a basis that goes nowhere. */
+class Kept : public C_ItfSvdArpackCVstruct {
+public:
+  using C_ItfSvdArpackCVstruct::C_ItfSvdArpackCVstruct;
+  int SetNewA(Set&) override { return 0; }
+};
+
+TEST_F(FarApart, AViewThatIsRefusedIsNotAskedForAgainInARun) {
+  Kept problem(set);
+  C_AlgoSvdArpack svd;
+  int nev = 3;
+  svd.SetNbEigenValuesToFind(nev);
+
+  capture([&] {
+    const NoViewsFrom whole(gap);
+    EXPECT_EQ(svd.Run(static_cast<C_ItfAlgorithm&>(problem)), 0);
+    EXPECT_EQ(NoViewsFrom::refusals, 1);
+  });
+
+  const std::vector<double> s = valuesOf<double>(svd);
+  ASSERT_EQ(s.size(), 3u);
+  for (int i = 0; i < 3; ++i)
+    EXPECT_NEAR(s[static_cast<std::size_t>(i)], std::pow(0.5, i), 100 * eps);
+}
+
+TEST(ItfSvdArpackCVstruct, TheNextRunAsksForAWholeViewAgain) {
+  Matrix a = withSpectrum<double>(9, {4, 3});
+  Set set(onFile, 2, 9, nullptr);
+  fillFrom(set, a);
+  C_ItfSvdArpackCVstruct itf(set);
+  VecOf<double> x(2), y(9);
+  x[0] = x[1] = 1;
+  int m = 0, n = 0;
+  capture([&] {
+    const support::FailingCall refused(1, "mmap", ENOMEM);
+    EXPECT_EQ(itf.ProdAV(x, y), 0);
+  });
+  EXPECT_EQ(itf.ProdAV(x, y), 0);
+  EXPECT_EQ(set.Adr(), nullptr); // in parts for the rest of the run
+
+  itf.GetSize(m, n);
+  EXPECT_EQ(itf.ProdAV(x, y), 0);
+
+  EXPECT_NE(set.Adr(), nullptr);
+}
+
+TEST(ItfSvdArpackCVstruct, WhatMappingThrowsIsReportedAndPassedOn) {
+  Matrix a = withSpectrum<double>(9, {4, 3, 2});
+  Set set(onFile, 3, 9, nullptr);
+  fillFrom(set, a);
+  C_ItfSvdArpackCVstruct itf(set);
+  VecOf<double> x(3), y(9), z(3);
+  x[0] = 1;
+  C_AlgoSvdArpack svd;
+  const NoViewsFrom any(0);
+  const auto reported = [](auto operation) {
+    const auto said = capture([&] { EXPECT_EQ(codeOf(operation), 13); });
+    EXPECT_TRUE(holds(said.err, "ID=13")) << said.err;
+  };
+
+  reported([&] { itf.ProdAV(x, y); });
+  reported([&] { itf.ProdAtAV(x, z); });
+  reported([&] { svd.Run(set, 0, -1); });
+
+  EXPECT_EQ(svd.GetNbRetained(), 0);
+  EXPECT_EQ(set.getDim(), 3);
 }
 
 TEST(ItfSvdArpackCVstruct, RefusesVectorsThatDoNotFit) {

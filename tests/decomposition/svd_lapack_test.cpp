@@ -204,6 +204,25 @@ TYPED_TEST(AlgoSvdLapack, WithFewerRowsThanVectorsTheLastValuesStayAsTheyWere) {
   EXPECT_LE(reconstructionError(svd, a, before), 50 * epsilon<T>());
 }
 
+TYPED_TEST(AlgoSvdLapack, WithFewerRowsThanVectorsValuesOfAnEarlierRunStand) {
+  using T = TypeParam;
+  C_MatMGe<T> earlier = withSpectrum<T>(6, {9, 7, 5}), a(2, 3);
+  a(0, 0) = scalar<T>(4);
+  a(1, 1) = scalar<T>(2);
+  C_AlgoSvdLapack<T> svd;
+  ASSERT_EQ(svd.Run(earlier, 0), 0);
+  const double third = valuesOf(svd)[2];
+
+  ASSERT_EQ(svd.Run(a, 0), 0);
+
+  const std::vector<double> s = valuesOf(svd);
+  ASSERT_EQ(s.size(), 3u);
+  EXPECT_NEAR(s[0], 4, 50 * epsilon<T>());
+  EXPECT_NEAR(s[1], 2, 50 * epsilon<T>());
+  EXPECT_NEAR(third, 5, 50 * epsilon<T>());
+  EXPECT_EQ(s[2], third);
+}
+
 TYPED_TEST(AlgoSvdLapack, OneObjectRunsAgainWithTheSameAndWithOtherSizes) {
   using T = TypeParam;
   C_AlgoSvdLapack<T> svd;
@@ -308,6 +327,138 @@ TYPED_TEST(AlgoSvdLapack, RefusesNumbersOfVectorsThatDoNotFit) {
   EXPECT_EQ(largestDifference(after, a), 0);
 }
 
+template <class T>
+void expectNoResults(C_AlgoSvd<T>& svd) {
+  VecOf<T> v(3);
+  C_MatMGe<T> m(2, 2);
+  support::capture([&] {
+    EXPECT_EQ(svd.GetSingularValues(v), -1);
+    EXPECT_EQ(svd.GetTabErr(v), -1);
+  });
+  EXPECT_EQ(svd.GetNbRetained(), 0);
+  EXPECT_EQ(svd.GetLinearComb(m), 0);
+  EXPECT_EQ(m.NbCol(), 0);
+}
+
+TYPED_TEST(AlgoSvdLapack, AFailedRunLeavesNoResultsAndTheObjectRunsAgain) {
+  using T = TypeParam;
+  const C_MatMGe<T> good = withSpectrum<T>(8, {3, 2});
+  C_MatMGe<T> a = good, bad = good;
+  bad(1, 1) = scalar<T>(std::numeric_limits<double>::quiet_NaN());
+  C_VSTRUCT<T> set(inCore, 2, 8, nullptr);
+  fillFrom(set, a);
+  C_VSTRUCT<T> link(set, 0, -1, 0, -1), rows(set, 0, -1, 2, 6);
+  T values[12] = {};
+  C_MatMGe<T> wider(3, 3, values, 4);
+  C_AlgoSvdLapack<T> svd;
+  const auto afterASuccess = [&](const char* what, auto failure) {
+    SCOPED_TRACE(what);
+    C_MatMGe<T> before = good, u = good;
+    ASSERT_EQ(svd.Run(u, 0), 0);
+    EXPECT_EQ(svd.GetNbRetained(), 2);
+    EXPECT_LE(reconstructionError(svd, u, before), 100 * epsilon<T>());
+    support::capture(failure);
+    expectNoResults(svd);
+  };
+
+  afterASuccess("NaN", [&] { EXPECT_EQ(svd.Run(bad, 0), -1); }); // of the same sizes
+  afterASuccess("first", [&] { EXPECT_EQ(svd.Run(set, -1, -1), -1); });
+  afterASuccess("keep", [&] { EXPECT_EQ(svd.Run(set, 0, 3), -1); });
+  afterASuccess("gaps", [&] { EXPECT_EQ(svd.Run(rows, 0, -1), -1); });
+  afterASuccess("column", [&] { EXPECT_EQ(svd.Run(a, -1), -1); });
+  afterASuccess("lead", [&] { EXPECT_EQ(svd.Run(wider, 0), -1); });
+  afterASuccess("cut", [&] { EXPECT_EQ(codeOf([&] { svd.Run(link, 0, 1); }), 2870); });
+}
+
+TYPED_TEST(AlgoSvdLapack, ARunThatRunsOutOfMemoryLeavesNothingMapped) {
+  using T = TypeParam;
+  long inTheRun = 0;
+  support::forEachFailingAllocation([&] {
+    C_MatMGe<T> a(6, 2);
+    a(0, 0) = a(1, 1) = scalar<T>(2);
+    C_VSTRUCT<T> set(onFile, 2, 6, nullptr);
+    fillFrom(set, a);
+    C_AlgoSvdLapack<T> svd;
+    try {
+      svd.Run(set, 0, -1);
+    } catch (...) {
+      const support::Unharmed check;
+      ++inTheRun;
+      EXPECT_EQ(set.Adr(), nullptr);
+      EXPECT_EQ(svd.GetNbRetained(), 0);
+      throw;
+    }
+  });
+
+  EXPECT_GT(inTheRun, 0);
+}
+
+/** The road that solves nothing, with values that it finds there. */
+template <class T>
+class GramRoad : public C_AlgoSvdLapack<T> {
+public:
+  GramRoad() : C_AlgoSvdLapack<T>(true) {}
+  void leave(std::initializer_list<double> values) {
+    int i = 0;
+    for (double value : values)
+      this->values_[i++] = scalar<T>(value);
+  }
+  C_MatMGe<T>& right() { return this->rightHand_; }
+};
+
+/** The columns (1, 2, 0, 0), (0, 3, 1, 0), (2, 0, 0, 5). */
+template <class T>
+C_MatMGe<T> threeColumns() {
+  C_MatMGe<T> a(4, 3);
+  a(0, 0) = a(2, 1) = scalar<T>(1);
+  a(1, 0) = a(0, 2) = scalar<T>(2);
+  a(1, 1) = scalar<T>(3);
+  a(3, 2) = scalar<T>(5);
+  return a;
+}
+
+TYPED_TEST(AlgoSvdLapack, TheGramRoadReversesTheRootsOfOldValuesAndFormsTheGramMatrix) {
+  using T = TypeParam;
+  C_MatMGe<T> a = threeColumns<T>();
+  C_VSTRUCT<T> set(inCore, 3, 4, nullptr);
+  fillFrom(set, a);
+  GramRoad<T> svd;
+  support::capture([&] { ASSERT_EQ(svd.Run(set, 0, 3), 0); }); // sizes the buffers
+  svd.leave({1, 4, 25});
+  svd.right().Zero();
+
+  support::capture([&] { ASSERT_EQ(svd.Run(set, 0, 3), 0); });
+
+  EXPECT_EQ(valuesOf(svd), (std::vector<double>{5, 2, 1}));
+  const double gram[3][3] = {{5, 6, 2}, {6, 10, 0}, {2, 0, 29}};
+  for (int i = 0; i < 3; ++i)
+    for (int j = 0; j < 3; ++j)
+      EXPECT_EQ(svd.right()(i, j), scalar<T>(gram[i][j])) << i << ' ' << j;
+}
+
+TYPED_TEST(AlgoSvdLapack, OnAMatrixTheGramRoadOnlyEstimatesFromOldValues) {
+  using T = TypeParam;
+  C_MatMGe<T> a = threeColumns<T>(), first = a, before = a;
+  GramRoad<T> svd;
+  ASSERT_EQ(svd.Run(first, 0), 0);
+  EXPECT_EQ(first.NbCol(), 3); // zeros have no share to lose
+  svd.leave({6, 3, 1});
+  svd.SetThresholdValue(0.15);
+
+  ASSERT_EQ(svd.Run(a, 0), 0);
+
+  EXPECT_EQ(valuesOf(svd), (std::vector<double>{6, 3, 1}));
+  EXPECT_EQ(svd.GetNbRetained(), 2); // four tenths are lost after one, a tenth after two
+  ASSERT_EQ(a.NbCol(), 2);
+  for (int j = 0; j < 2; ++j)
+    for (int i = 0; i < 4; ++i)
+      EXPECT_EQ(a(i, j), before(i, j));
+  EXPECT_EQ(svd.right()(0, 0), T(0));
+
+  support::capture([&] { EXPECT_EQ(svd.Run(before, 1), -1); });
+  expectNoResults(svd);
+}
+
 TYPED_TEST(AlgoSvdLapack, TheGramRoadPrintsAndReversesOldValuesAndSolvesNothing) {
   using T = TypeParam;
   C_MatMGe<T> a = withSpectrum<T>(8, {3, 2});
@@ -398,9 +549,11 @@ TYPED_TEST(AlgoSvdLapack, ModeZeroComparesTheFirstDroppedValueWithTheLargest) {
 }
 
 TYPED_TEST(AlgoSvdLapack, AnyOtherModeThrows) {
-  Estimate<TypeParam> svd(2, {8, 4, 1});
+  Estimate<TypeParam> svd(2, {8, 4, 1}), one(2, {8}), none(-1, {});
 
   EXPECT_EQ(codeOf([&] { svd.ErrorEstimation(); }), 3);
+  EXPECT_EQ(codeOf([&] { one.ErrorEstimation(); }), 3);
+  EXPECT_EQ(codeOf([&] { none.ErrorEstimation(); }), 3);
 }
 
 TYPED_TEST(AlgoSvdLapack, ANegativeThresholdFindsNoIndexAndKeepsAll) {
