@@ -240,11 +240,18 @@ public:
   /** Shows the descriptor of the data file, -1 if there is none. */
   int getDataFileDescriptor() const { return fileDescriptor_; }
   std::wstring const& getDataFileName() const { return fileName_; }
-  /** Presets the name of the data file for the next Allocate. */
-  void setDataFileName(std::wstring const& name) { fileName_ = name; }
+  /**
+   * Presets the name of the data file: of the one that the next Allocate makes anew, or of the one
+   * that a Read or Restore from a stream adopts. It serves once.
+   */
+  void setDataFileName(std::wstring const& name) {
+    fileName_ = name;
+    namePreset_ = true;
+  }
   /** Shows the bytes that this object gave its data file. */
   unsigned __int64 getDataFileSize() const { return fileSize_; }
-  /** Tells whether an out-of-core set is mapped (true) or file-resident. */
+  /** Tells whether an out-of-core set is mapped (true) or file-resident; of a set in core that was
+   * read, what the reader was asked for. */
   bool GetMapFile() const { return mapFile_; }
   /** Shows the number of vectors. */
   int getDim() const { return this->columns_; }
@@ -254,7 +261,8 @@ public:
   int LeadDim() const { return leadDimension_; }
   /** Shows where in the data file vector 0 begins. */
   unsigned __int64 getInitialOffSet() const { return initialOffSet_; }
-  /** Shows the bytes between the vectors of the data file, beyond the leading dimension. */
+  /** Shows the bytes between the vectors of the data file, beyond the leading dimension; of a set
+   * in core that was read, what the reader was told, without effect on where its vectors lie. */
   unsigned __int64 getBlockGap() const { return blockGap_; }
   bool getMemOwner() const { return memOwner_; }
   bool isValid() const { return valid_; }
@@ -376,15 +384,17 @@ public:
    * Reads a set in the portable form, or, with `CoreMode` 2, adopts the file's vectors where they
    * lie: mapped, or file-resident without `MapFile`. Counts of 0 are read from the file; `gap`
    * bytes lie between the vectors of an adopted file. The stream must stay open while an adopting
-   * set is used; it then stands behind the data.
+   * set is used; it then stands behind the data. Through a stream that is open for reading only a
+   * set is mapped by the name that setDataFileName has preset; the set then shows that name, and
+   * its next life does not make that file anew.
    *
    * A mapped set reads no vector, so that a file that is shorter than its head says fails when the
    * vectors are used; a file-resident one reads the first 4096 values of each. A set in core that
    * memory does not hold is adopted instead. Returns 0.
    *
    * Throws 20; 21, also for negative counts, for values in core that the file does not hold and
-   * for more than 65536 vectors of which the last would begin behind its end; 3; 12 for a negative
-   * gap; 1. The set is not valid then.
+   * for more vectors than 65536 and the bytes left in it together; 3; 12 for a negative gap; 1.
+   * The set is not valid then.
    */
   int Read(FILE* file, int CoreMode, bool MapFile, int NbVec, int DimVec, __int64 gap);
   /**
@@ -499,8 +509,9 @@ private:
   unsigned __int64 initialOffSet_ = 0;
   unsigned __int64 blockGap_ = 0;
   std::wstring fileName_;
-  std::string boundPath_;  ///< the same as the system takes it: removing a file needs no memory
-  std::wstring boundName_; ///< name of the file at hand; fileName_ may be preset for the next one
+  bool namePreset_ = false; ///< fileName_ is the caller's wish and has not served yet
+  std::string boundPath_;   ///< the same as the system takes it: removing a file needs no memory
+  std::wstring boundName_;  ///< name of the file at hand; fileName_ may be preset for the next one
   unsigned __int64 fileSize_ = 0;
   bool memOwner_ = false;
   bool mapFile_ = true;

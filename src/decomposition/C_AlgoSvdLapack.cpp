@@ -72,8 +72,10 @@ int whileMapped(C_VSTRUCT<T>& Q, int first, Operation operation) {
 /** Whether the vectors from `first` on are the columns of one matrix, and can be made so. */
 template <class T>
 bool isOneMatrix(C_VSTRUCT<T>& Q, int first) {
-  if (Q.getCoreMode() == 2 && !Q.GetMapFile()) return false;
-  return Q.getDim() - first == 1 || (Q.LeadDim() == Q.getDim1() && Q.getBlockGap() == 0);
+  const bool inCore = Q.getCoreMode() == 1;
+  if (!inCore && !Q.GetMapFile()) return false;
+  const bool dense = Q.LeadDim() == Q.getDim1() && (inCore || Q.getBlockGap() == 0);
+  return Q.getDim() - first == 1 || dense;
 }
 
 } // namespace

@@ -69,6 +69,7 @@ void C_VSTRUCT<T>::_CreateDataFile(std::wstring const& name, char const* prefix)
   boundName_.swap(file.name); // which cannot fail, so that the file has an owner from here on
   boundPath_.swap(file.path);
   withMemory([&] { fileName_ = boundName_; });
+  namePreset_ = false;
   _setDataFileSize(_ComputeDataFileSize());
 }
 
@@ -125,7 +126,7 @@ void C_VSTRUCT<T>::_RemoveDataFile(bool strict) {
   if (!memOwner_ || coreMode_ != 2) return;
   ZAREL_STEP("_RemoveDataFile");
   if (!boundPath_.empty() && systemCalls().unlink(boundPath_.c_str()) != 0 && strict) return;
-  if (fileName_ == boundName_) fileName_.clear();
+  if (fileName_ == boundName_ && !namePreset_) fileName_.clear();
   boundName_.clear();
   boundPath_.clear();
   fileSize_ = 0;
@@ -134,7 +135,8 @@ void C_VSTRUCT<T>::_RemoveDataFile(bool strict) {
 /** Lets go of the file's name. A file that was only read is not to be made anew under its name. */
 template <class T>
 void C_VSTRUCT<T>::leaveFileBehind() {
-  if ((!memOwner_ || coreMode_ == 1) && fileName_ == boundName_) fileName_.clear();
+  const bool onlyRead = !memOwner_ || coreMode_ == 1;
+  if (onlyRead && fileName_ == boundName_ && !namePreset_) fileName_.clear();
   boundName_.clear();
   boundPath_.clear();
 }
@@ -145,6 +147,7 @@ void C_VSTRUCT<T>::bindFile(std::wstring const& name) {
   fileName_ = name;
   boundName_ = name;
   boundPath_ = toUtf8(name);
+  namePreset_ = false;
 }
 
 } // namespace Zarel

@@ -16,7 +16,7 @@ namespace Zarel {
 
 namespace {
 
-/** Vectors that a head may promise without the file reaching to the last of them. */
+/** Vectors that a head may promise however short the file is. */
 constexpr int freeVectors = 65536;
 
 /** Names for what the files are opened with. */
@@ -92,9 +92,9 @@ __int64 VectorSetFiles<T>::extent(const SetRequest& request) {
 }
 
 /**
- * Refuses what costs memory that the file cannot fill: values in core that are not there, and long
- * lists of vectors of which the last would begin behind the end. A shorter file that is adopted is
- * found out when its vectors are used.
+ * Refuses what costs memory that the file cannot fill: values in core that are not there, and lists
+ * that are long beyond all that could stand in so many bytes. Any other file that is too short is
+ * adopted: the vectors that it holds can be used, and the others are found out then.
  */
 template <class T>
 void VectorSetFiles<T>::requireHeld(const SetSource& source, const SetRequest& request) {
@@ -102,24 +102,34 @@ void VectorSetFiles<T>::requireHeld(const SetSource& source, const SetRequest& r
   const __int64 data = static_cast<__int64>(sizeof(T)) * request.length;
   const __int64 vectors = request.vectors;
   if (request.coreMode == 1 && vectors > 0 && data > left / vectors) failShort(source);
-  if (vectors > freeVectors && vectors - 1 > left / std::max<__int64>(data, 1)) failShort(source);
+  if (vectors - freeVectors > left) failShort(source);
 }
 
 template <class T>
 void VectorSetFiles<T>::takeShape(Set& set, const SetRequest& request, bool memOwner) {
   set._Initialize(request.coreMode, memOwner, request.vectors, request.length, 0, nullptr);
-  if (request.coreMode == 2) {
-    set.mapFile_ = request.mapFile;
-    set.blockGap_ = static_cast<unsigned __int64>(request.gap);
-  }
+  set.mapFile_ = request.mapFile;
+  set.blockGap_ = static_cast<unsigned __int64>(request.gap);
   set._AllocateList();
+}
+
+/**
+ * Without a name of its own the file has the one that was preset. The set gets it back when the
+ * file is adopted; after a failure it has none, so that it never makes the file anew.
+ */
+template <class T>
+void VectorSetFiles<T>::takePreset(Set& set, std::wstring& name) {
+  if (!name.empty() || !set.namePreset_) return;
+  name.swap(set.fileName_);
+  set.namePreset_ = false;
 }
 
 /** Makes the vectors. A block that memory does not hold leaves them over the file instead. */
 template <class T>
-void VectorSetFiles<T>::begin(Set& set, const SetSource& source, SetRequest& request,
-                              bool memOwner) {
+void VectorSetFiles<T>::begin(Set& set, const SetSource& source, SetRequest& request, bool memOwner,
+                              std::wstring& name) {
   set._Initialize(request.coreMode, false, 0, 0, 0, nullptr); // not valid, whatever happens
+  if (request.coreMode == 2) takePreset(set, name);
   request.vectors = std::max(countOf(request.vectors, source), 0);
   request.length = std::max(countOf(request.length, source), 0);
   requireHeld(source, request);
@@ -128,6 +138,7 @@ void VectorSetFiles<T>::begin(Set& set, const SetSource& source, SetRequest& req
   } catch (const C_ZarelException& e) {
     if (e.getExceptionCode() != NoMemory || request.coreMode == 2) throw;
     request.coreMode = 2;
+    takePreset(set, name);
     takeShape(set, request, false);
   }
 }
@@ -175,10 +186,10 @@ void VectorSetFiles<T>::attach(Set& set, const SetSource& source, __int64 start,
 
 template <class T>
 void VectorSetFiles<T>::read(Set& set, const SetSource& source, SetRequest request, bool memOwner,
-                             std::wstring const& name) {
+                             std::wstring name) {
   if (request.coreMode != 1 && request.coreMode != 2) fail(BadCoreMode);
   if (request.gap < 0) fail(OutOfRange);
-  begin(set, source, request, memOwner);
+  begin(set, source, request, memOwner, name);
   if (request.coreMode == 1)
     readInCore(set, source);
   else

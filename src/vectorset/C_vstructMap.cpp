@@ -13,10 +13,11 @@
 
 namespace Zarel {
 
-/** Bytes from the start of one vector to that of the next one. */
+/** Bytes from the start of one vector to that of the next one. A gap is one of files alone. */
 template <class T>
 unsigned __int64 C_VSTRUCT<T>::strideBytes() const {
-  return blockGap_ + static_cast<unsigned __int64>(leadDimension_) * sizeof(T);
+  const unsigned __int64 gap = coreMode_ == 2 ? blockGap_ : 0;
+  return gap + static_cast<unsigned __int64>(leadDimension_) * sizeof(T);
 }
 
 template <class T>

@@ -33,7 +33,7 @@ struct SetRequest {
   bool mapFile;
   int vectors;
   int length;
-  __int64 gap; ///< bytes between the vectors; plays no part in core
+  __int64 gap; ///< bytes between the vectors of the file; skips nothing in core
 };
 
 template <class T>
@@ -51,8 +51,10 @@ struct VectorSetFiles {
 
   // Reading.
   static void read(Set& set, const SetSource& source, SetRequest request, bool memOwner,
-                   std::wstring const& name);
-  static void begin(Set& set, const SetSource& source, SetRequest& request, bool memOwner);
+                   std::wstring name);
+  static void begin(Set& set, const SetSource& source, SetRequest& request, bool memOwner,
+                    std::wstring& name);
+  static void takePreset(Set& set, std::wstring& name);
   static void takeShape(Set& set, const SetRequest& request, bool memOwner);
   static void requireHeld(const SetSource& source, const SetRequest& request);
   static __int64 extent(const SetRequest& request);

@@ -100,9 +100,9 @@ TYPED_TEST(BrokenSetFile, WithAFlippedByteIsTheSameButForIt) {
 
 TYPED_TEST(BrokenSetFile, ThatPromisesTooMuchTakesNoMemory) {
   ZAREL_TYPES;
-  const int counts[][2] = {{-1, 2},      {3, -1},           {-1, -1},           {INT_MIN, 1},
-                           {1, INT_MIN}, {INT_MAX, 0},      {INT_MAX, 1},       {INT_MAX, INT_MAX},
-                           {65537, 0},   {1 << 30, 1 << 2}, {1 << 16 | 1, 100}, {INT_MAX, 1 << 30}};
+  const int counts[][2] = {{-1, 2},      {3, -1},           {-1, -1},       {INT_MIN, 1},
+                           {1, INT_MIN}, {INT_MAX, 0},      {INT_MAX, 1},   {INT_MAX, INT_MAX},
+                           {1 << 17, 0}, {1 << 30, 1 << 2}, {1 << 17, 100}, {INT_MAX, 1 << 30}};
   for (const auto& count : counts) {
     ByteFile file(raw(count[0], count[1]) + this->bytes_.substr(8));
     C_VSTRUCT<T> set;
@@ -114,6 +114,36 @@ TYPED_TEST(BrokenSetFile, ThatPromisesTooMuchTakesNoMemory) {
     EXPECT_FALSE(set.isValid());
     EXPECT_LE(BlockLimit::largestAsked(), 1U << 16);
   }
+}
+
+// More vectors than a head may promise without anything behind it.
+TYPED_TEST(BrokenSetFile, OfManyVectorsThatIsCutHasTheOnesThatAreThere) {
+  ZAREL_TYPES;
+  if (storage != Storage::Mapped) return;
+  constexpr int promised = 100000, held = 20000;
+  const Dense<T> values = randomDense<T>(held, 2);
+  ByteFile file(raw(promised, 2) + fileOf(values, 2).substr(8));
+  C_VSTRUCT<T> set;
+
+  readAs(set, file.stream(), storage);
+
+  EXPECT_EQ(set.getDim(), promised);
+  for (int j : {0, 1, 12345, held - 1})
+    EXPECT_EQ(set.GetVal(1, j), values[static_cast<std::size_t>(j)][1]) << j;
+  EXPECT_EQ(codeOf([&] { set.GetVal(0, promised - 1); }), 13);
+}
+
+TYPED_TEST(BrokenSetFile, WithAHeadAloneMayPromiseSomeVectorsYetNotMany) {
+  ZAREL_TYPES;
+  if (storage != Storage::Mapped) return;
+  const auto codeWith = [](int vectors) {
+    ByteFile file(raw(vectors, 100) + "abc");
+    C_VSTRUCT<T> set;
+    return codeOf([&] { readAs(set, file.stream(), Storage::Mapped); });
+  };
+
+  EXPECT_EQ(codeWith(65536 + 3), 0);
+  EXPECT_EQ(codeWith(65536 + 4), 21);
 }
 
 TYPED_TEST(BrokenSetFile, WithLongVectorsThatAreNotThereTakesNoMemory) {
@@ -308,6 +338,27 @@ TEST(SetFileFaults, EverySystemCallMayFail) {
   EXPECT_GT(support::forEachFailingCall([&] { useFiles(folder.file("set"), bytes); }), 40);
 
   EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST(SetFileFaults, ASeekOverVectorsOfAFileByNameIsTold) {
+  const support::TempDirectory folder;
+  const std::string path = folder.file("set");
+  support::writeBytes(path, fileOf(randomDense<double>(2, 3), 3));
+  std::wstring name = Zarel::toWide(path);
+  const long before = openDescriptors();
+  // To the offset; to learn how much the file holds comes between; where the vectors begin; over
+  // them.
+  for (long n : {1, 3, 4}) {
+    C_VSTRUCT<double> set;
+    const support::FailingCall failing(n, "lseek", ENOSPC);
+
+    EXPECT_EQ(toldBy([&] { set.Restore(name.data(), 0ULL, 2, 0, 0); }), (Told{20, 5})) << n;
+
+    EXPECT_TRUE(support::FailingCall::happened()) << n;
+    EXPECT_FALSE(set.isValid());
+  }
+  EXPECT_EQ(openDescriptors(), before);
+  EXPECT_TRUE(std::filesystem::exists(path));
 }
 
 /** What reading a good file tells when its n-th call of a name fails. */

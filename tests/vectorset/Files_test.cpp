@@ -1,6 +1,7 @@
 // The files of vector sets, byte by byte, and the ways in which they come back.
 #include <csignal>
 #include <cstring>
+#include <type_traits>
 #include <utility>
 
 #include <sys/resource.h>
@@ -152,7 +153,7 @@ TYPED_TEST(SetFile, ComesBackInEveryStorage) {
 
   EXPECT_TRUE(set.isValid());
   EXPECT_EQ(set.getCoreMode(), storage == Storage::InCore ? 1 : 2);
-  EXPECT_EQ(set.GetMapFile(), storage != Storage::FileResident);
+  EXPECT_EQ(set.GetMapFile(), storage == Storage::Mapped); // as asked for, in core too
   EXPECT_EQ(set.getMemOwner(), storage == Storage::InCore);
   EXPECT_EQ(set.getInitialOffSet(), storage == Storage::Mapped ? 16U : 0U);
   EXPECT_EQ(file.position(), static_cast<long long>(16 + 15 * sizeof(T)));
@@ -190,15 +191,62 @@ TYPED_TEST(SetFile, WithGapsIsAdoptedAndReadAsIfContiguousInCore) {
 
   readAs(set, file.stream(), storage, width);
 
+  EXPECT_EQ(set.getBlockGap(), sizeof(T));
   if (storage == Storage::InCore) {
     EXPECT_EQ(set.GetVal(0, 1), T(0)); // the gap
     EXPECT_EQ(set.GetVal(1, 1), this->values_[1][0]);
     EXPECT_EQ(set.GetVal(2, 2), this->values_[2][0]);
   } else {
     EXPECT_EQ(contentOf(set), this->values_);
-    EXPECT_EQ(set.getBlockGap(), sizeof(T));
     EXPECT_EQ(file.position(), static_cast<long long>(bytes.size()));
   }
+}
+
+TYPED_TEST(SetFile, InCoreKeepsWhatItWasToldWithoutEffect) {
+  ZAREL_TYPES;
+  if (storage != Storage::InCore) return;
+  for (bool map : {false, true}) {
+    ByteFile file(fileOf(this->values_, 5));
+    C_VSTRUCT<T> set;
+
+    set.Read(file.stream(), 1, map, 0, 0, 3); // no whole number of elements of most scalars
+
+    EXPECT_EQ(set.getBlockGap(), 3U);
+    EXPECT_EQ(set.GetMapFile(), map);
+    ByteFile told;
+    set.Info(told.stream());
+    std::fflush(told.stream());
+    EXPECT_NE(told.bytes().find(map ? "\tMapFile\t:\t\t1\n" : "\tMapFile\t:\t\t0\n"),
+              std::string::npos);
+    EXPECT_EQ(contentOf(set), this->values_);
+    C_VSTRUCT<T> link(set, 1, 3, 2, 4);
+    EXPECT_EQ(contentOf(link), partOf(this->values_, 1, 3, 2, 4));
+    set.Resize(5, nullptr);
+    set.Resize(3, nullptr);
+    EXPECT_EQ(contentOf(set), this->values_);
+  }
+}
+
+TYPED_TEST(SetFile, InCoreReckonsAsIfThereWereNoGap) {
+  ZAREL_TYPES;
+  if (storage != Storage::InCore || std::is_integral_v<T>) return;
+  ByteFile file(fileOf(this->values_, 5));
+  C_VSTRUCT<T> set, plain;
+  set.Read(file.stream(), 1, false, 0, 0, 3);
+  file.moveTo(0);
+  plain.Read(file.stream());
+
+  typename C_VSTRUCT<T>::Vector x(3), y;
+  x.Zero(0, -1);
+  x[2] = T(1);
+  set.Mv(x, y, false, 0, -1);
+  EXPECT_EQ(y[4], this->values_[2][4]);
+  C_MatMGe<T> gram, same;
+  set.MatQtQ(gram);
+  plain.MatQtQ(same);
+  for (int j = 0; j < 3; ++j)
+    for (int i = 0; i < 3; ++i)
+      EXPECT_EQ(gram[j][i], same[j][i]);
 }
 
 TYPED_TEST(SetFile, RestoresWhatWasDumped) {
@@ -230,6 +278,33 @@ TYPED_TEST(SetFile, RestoresWhatWasDumped) {
   EXPECT_TRUE(std::filesystem::exists(path));
   CBF_close64(descriptor);
   byStream.Release(false);
+  std::fclose(stream);
+}
+
+TYPED_TEST(SetFile, DumpedComesBackWithTheCountsOfTheFile) {
+  ZAREL_TYPES;
+  MadeSet<T> set(storage, this->values_, 5);
+  const support::TempDirectory folder;
+  const std::string path = folder.file("set");
+  std::wstring name = Zarel::toWide(path);
+  FILE* stream = std::fopen(path.c_str(), "w+b");
+  set->Dump(stream);
+  for (int mode : {1, 2}) {
+    C_VSTRUCT<T> byStream, byName;
+    lseek(fileno(stream), 0, SEEK_SET);
+
+    byStream.Restore(name.data(), stream, mode, 0, 0);
+    byName.Restore(name.data(), 0ULL, mode, 0, 0);
+
+    for (auto* back : {&byStream, &byName}) {
+      EXPECT_EQ(back->getDim(), 3);
+      EXPECT_EQ(back->getDim1(), 5);
+      EXPECT_EQ(contentOf(*back), this->values_);
+    }
+    const int descriptor = byName.getDataFileDescriptor();
+    byName.Release(false);
+    CBF_close64(descriptor);
+  }
   std::fclose(stream);
 }
 
@@ -379,6 +454,96 @@ TEST(AdoptedFile, IsNotReadBeforeAVectorIsUsed) {
   EXPECT_FALSE(set.isMapped(2));
   EXPECT_NE(set.MapBlock(2, 2), 0U);
   EXPECT_EQ(set[2]->GetVal(999), values[2][999]);
+}
+
+/** A file of a set that is open for reading only. */
+class ReadOnlyFile : public ::testing::Test {
+protected:
+  ReadOnlyFile() : path_(folder_.file("set")), name_(Zarel::toWide(path_)) {
+    support::writeBytes(path_, bytes_);
+    stream_ = std::fopen(path_.c_str(), "rb");
+  }
+  ~ReadOnlyFile() override { std::fclose(stream_); }
+  void adopt(C_VSTRUCT<double>& set, bool map) {
+    lseek(fileno(stream_), 0, SEEK_SET);
+    set.Read(stream_, 2, map, 0, 0, 0);
+  }
+
+  const Dense<double> values_ = randomDense<double>(3, 10);
+  const std::string bytes_ = fileOf(values_, 10);
+  const support::TempDirectory folder_;
+  const std::string path_;
+  std::wstring name_;
+  FILE* stream_ = nullptr;
+};
+
+TEST_F(ReadOnlyFile, IsMappedByTheNameThatWasPreset) {
+  C_VSTRUCT<double> set;
+  for (int again = 0; again < 2; ++again) {
+    set.setDataFileName(name_);
+    adopt(set, true);
+
+    EXPECT_EQ(set.getDataFileName(), name_);
+    EXPECT_EQ(contentOf(set), values_);
+  }
+  set.SetVal(0, 0, 77);
+  set.Release(true);
+  EXPECT_EQ(support::bytesOf(path_).substr(8, 8), raw(77.0));
+}
+
+TEST_F(ReadOnlyFile, WithoutANameCannotBeMapped) {
+  C_VSTRUCT<double> set;
+  adopt(set, true);
+  EXPECT_EQ(set.getDataFileName(), L"");
+  EXPECT_EQ(codeOf([&] { set.MapBlock(0, 0); }), 13);
+}
+
+TEST_F(ReadOnlyFile, IsRestoredByThePresetNameToo) {
+  C_VSTRUCT<double> set;
+  set.setDataFileName(name_);
+  set.Restore(nullptr, stream_, 2, 0, 0);
+  EXPECT_EQ(set.getDataFileName(), name_);
+  EXPECT_EQ(contentOf(set), values_);
+}
+
+TEST_F(ReadOnlyFile, LeavesItsNameToNoNewFile) {
+  for (bool release : {true, false})
+    for (bool map : {true, false}) {
+      C_VSTRUCT<double> set;
+      set.setDataFileName(name_);
+      adopt(set, map);
+      EXPECT_EQ(set.getDataFileName(), name_);
+
+      if (release) set.Release(true);
+      set.Allocate(2, 2, 2, nullptr);
+
+      EXPECT_NE(set.getDataFileName(), name_);
+      EXPECT_EQ(support::bytesOf(path_), bytes_);
+    }
+  EXPECT_EQ(support::bytesOf(path_), bytes_);
+}
+
+TEST_F(ReadOnlyFile, LeavesItsNameToNoNewFileAfterAFailureEither) {
+  C_VSTRUCT<double> set;
+  set.setDataFileName(name_);
+  lseek(fileno(stream_), 0, SEEK_END);
+  EXPECT_EQ(codeOf([&] { set.Read(stream_, 2, true, 0, 0, 0); }), 21);
+
+  set.Allocate(2, 2, 2, nullptr);
+
+  EXPECT_NE(set.getDataFileName(), name_);
+  EXPECT_EQ(support::bytesOf(path_), bytes_);
+}
+
+TEST_F(ReadOnlyFile, ReadIntoCoreLeavesAPresetNameForTheNextFile) {
+  const std::wstring next = Zarel::toWide(folder_.file("next"));
+  C_VSTRUCT<double> set;
+  set.setDataFileName(next);
+  set.Read(stream_);
+
+  set.Allocate(2, 2, 2, nullptr);
+
+  EXPECT_EQ(set.getDataFileName(), next);
 }
 
 TEST(AdoptedFile, TakesWhatTheSetStores) {
@@ -540,6 +705,28 @@ TEST_F(LargeByRows, OfOneChunkAreStillSimpleRows) {
     for (int j = 0; j < 3; ++j)
       EXPECT_EQ(row[j], at(i, j));
   }
+}
+
+TEST_F(LargeByRows, OfExactlyOneChunkAreStillSimpleRows) {
+  constexpr int length = 1048576; // 4 vectors of 2-byte values: 8388608 bytes
+  Dense<short> values(4, std::vector<short>(length));
+  std::vector<short> data;
+  Noise noise;
+  for (auto& column : values) {
+    for (short& value : column)
+      value = static_cast<short>(1000 * noise.next());
+    data.insert(data.end(), column.begin(), column.end());
+  }
+  C_VSTRUCT<short> set(4, length, data.data());
+  ByteFile portable, rawForm;
+
+  set.WriteT(portable.stream(), true);
+  set.WriteT(rawForm.stream(), false);
+
+  const std::string rows = rowsOf(values, length);
+  ASSERT_EQ(rows.size(), 8388608U);
+  EXPECT_TRUE(portable.bytes() == raw(length, 4) + rows);
+  EXPECT_TRUE(rawForm.bytes() == raw(4, length) + rows);
 }
 
 TEST_F(LargeByRows, OfWholeChunksEndWithAWholeBuffer) {
