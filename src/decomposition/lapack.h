@@ -3,31 +3,22 @@
 #define ZAREL_DECOMPOSITION_LAPACK_H
 
 #include <complex>
+#include <type_traits>
 
 #include <zarel/itf.h>
 
 #include "runtime/fail.h"
+#include "vectorset/blas3.h"
 
 namespace Zarel::decomposition {
 
-/** Divides `n` values by a real number, without overflow or underflow on the way. */
-inline void rscl(int n, double by, float* x) {
-  ITF_srscl(n, static_cast<float>(by), x, 1);
-}
-inline void rscl(int n, double by, double* x) {
-  ITF_drscl(n, by, x, 1);
-}
-inline void rscl(int n, double by, std::complex<float>* x) {
-  ITF_csrscl(n, static_cast<float>(by), x, 1);
-}
-inline void rscl(int n, double by, std::complex<double>* x) {
-  ITF_zdrscl(n, by, x, 1);
-}
-[[noreturn]] inline void rscl(int, double, short*) {
-  fail(2871);
-}
-[[noreturn]] inline void rscl(int, double, int*) {
-  fail(2871);
+/** Divides `n` values by a real number, without overflow on the way; throws 2871 for integers. */
+template <class T>
+void rscl(int n, double by, T* x) {
+  if constexpr (std::is_integral_v<T>)
+    fail(2871);
+  else
+    Blas::divide(n, by, x);
 }
 
 template <class T>
