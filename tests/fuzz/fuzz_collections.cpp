@@ -6,32 +6,18 @@
 #include <cstdlib>
 #include <map>
 #include <string>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <zarel/bf.h>
 #include <zarel/erreur.h>
 #include <zarel/hash_util.h>
 #include <zarel/liste_chainee.h>
 
+#include "fuzz/input.h"
+
+using fuzz::fileOf;
+using fuzz::require;
+
 namespace {
-
-void require(bool holds) {
-  if (!holds) std::abort();
-}
-
-FILE* emptyFile() {
-  const int descriptor = memfd_create("input", MFD_CLOEXEC);
-  require(descriptor >= 0);
-  return fdopen(descriptor, "r+b");
-}
-
-FILE* fileOf(const std::uint8_t* bytes, std::size_t size) {
-  FILE* const file = emptyFile();
-  require(write(fileno(file), bytes, size) == static_cast<ssize_t>(size));
-  std::rewind(file);
-  return file;
-}
 
 int writeText(FILE* stream, const void* object) {
   return BF_fwrite_str(stream, object ? static_cast<const char*>(object) : "");
@@ -56,7 +42,7 @@ bool areEqual(const LIS* a, const LIS* b) {
 
 // A list that was read comes back the same from what is written of it.
 void comesBack(const LTE* list) {
-  FILE* const copy = emptyFile();
+  FILE* const copy = fileOf(nullptr, 0);
   LIS* again = nullptr;
   require(LTE_boutput(copy, list, writeText, -1) == 0);
   std::rewind(copy);

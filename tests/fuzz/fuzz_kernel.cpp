@@ -1,33 +1,21 @@
 // Feeds bytes to the text and binary readers of the matrix kernel. The first byte chooses the
 // reader, the rest is the file. What was read is used, written and read again; a crash, a leak, a
 // hang or a record that does not come back is a finding.
-#include <unistd.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <sys/mman.h>
 
 #include <zarel/erreur.h>
 #include <zarel/lm.h>
 
+#include "fuzz/input.h"
+
+using fuzz::fileOf;
+using fuzz::require;
+
 namespace {
-
-FILE* fileOf(const std::uint8_t* bytes, std::size_t size) {
-  const int descriptor = memfd_create("input", MFD_CLOEXEC);
-  if (descriptor < 0) return nullptr;
-  if (write(descriptor, bytes, size) != static_cast<ssize_t>(size)) {
-    close(descriptor);
-    return nullptr;
-  }
-  lseek(descriptor, 0, SEEK_SET);
-  return fdopen(descriptor, "r+b");
-}
-
-void require(bool holds) {
-  if (!holds) std::abort();
-}
 
 // A record and what is done with it.
 template <class R, class Read, class Write, class Free>

@@ -1,8 +1,6 @@
 // Feeds bytes to the readers of models and lists. The first byte chooses the reader, the rest is
 // the file. Whatever was read is then used in every way; only a crash, a leak, a hang or an answer
 // that is neither 0 nor 1 is a finding.
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <complex>
 #include <cstddef>
@@ -11,18 +9,11 @@
 
 #include "kriging/exercise.h"
 
-namespace {
+#include "fuzz/input.h"
 
-FILE* fileOf(std::uint8_t const* bytes, std::size_t size) {
-  int const descriptor = memfd_create("input", MFD_CLOEXEC);
-  if (descriptor < 0) return nullptr;
-  if (write(descriptor, bytes, size) != static_cast<ssize_t>(size)) {
-    close(descriptor);
-    return nullptr;
-  }
-  lseek(descriptor, 0, SEEK_SET);
-  return fdopen(descriptor, "r+b");
-}
+using fuzz::fileOf;
+
+namespace {
 
 template <class Object>
 void readAndUse(FILE* file) {

@@ -7,11 +7,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <zarel/C_vstruct.h>
 #include <zarel/erreur.h>
+
+#include "fuzz/input.h"
+
+using fuzz::fileOf;
+using fuzz::require;
 
 namespace {
 
@@ -21,21 +24,6 @@ struct Choice {
   bool portable;
   __int64 gap;
 };
-
-FILE* fileOf(const std::uint8_t* bytes, std::size_t size) {
-  const int descriptor = memfd_create("input", MFD_CLOEXEC);
-  if (descriptor < 0) return nullptr;
-  if (write(descriptor, bytes, size) != static_cast<ssize_t>(size)) {
-    close(descriptor);
-    return nullptr;
-  }
-  lseek(descriptor, 0, SEEK_SET);
-  return fdopen(descriptor, "r+b");
-}
-
-void require(bool holds) {
-  if (!holds) std::abort();
-}
 
 /** Runs a step that may end with the library's exception; tells whether it got through. */
 template <class Step>
