@@ -94,7 +94,9 @@ __int64 VectorSetFiles<T>::extent(const SetRequest& request) {
 /**
  * Refuses what costs memory that the file cannot fill: values in core that are not there, and lists
  * that are long beyond all that could stand in so many bytes. Any other file that is too short is
- * adopted: the vectors that it holds can be used, and the others are found out then.
+ * adopted: the vectors that it holds can be used, and the others are found out then. Of vectors
+ * without values no byte tells, so what follows must not either: a set that was read can be written
+ * and read again.
  */
 template <class T>
 void VectorSetFiles<T>::requireHeld(const SetSource& source, const SetRequest& request) {
@@ -102,7 +104,7 @@ void VectorSetFiles<T>::requireHeld(const SetSource& source, const SetRequest& r
   const __int64 data = static_cast<__int64>(sizeof(T)) * request.length;
   const __int64 vectors = request.vectors;
   if (request.coreMode == 1 && vectors > 0 && data > left / vectors) failShort(source);
-  if (vectors - freeVectors > left) failShort(source);
+  if (vectors - freeVectors > (data > 0 ? left : 0)) failShort(source);
 }
 
 template <class T>

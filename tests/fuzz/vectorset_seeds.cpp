@@ -1,5 +1,5 @@
 // Writes the seeds of fuzz_vectorset into a folder: small sets of every scalar in both encodings,
-// for every storage, with and without gaps, cut, and with heads that promise too much.
+// for every storage, with and without gaps, cut, and empty, and with heads that promise too much.
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -57,6 +57,7 @@ void addSets(Corpus& corpus, int scalar) {
       corpus.add(how, 1, name + "-gap", fileOf<T>(16));
       corpus.add(how, 0, name + "-cut", bytes.substr(0, bytes.size() - 3));
       corpus.add(how, 0, name + "-empty", word(0) + word(4));
+      corpus.add(how, 0, name + "-empty-many", word(65545) + word(0) + "what follows");
       corpus.add(how, 0, name + "-long", word(3) + word(0x7fffffff) + bytes.substr(8));
       corpus.add(how, 0, name + "-many", word(0x7fffffff) + word(1) + bytes.substr(8));
       corpus.add(how, 0, name + "-negative", word(-3) + word(4) + bytes.substr(8));

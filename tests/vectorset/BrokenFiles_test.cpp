@@ -146,6 +146,19 @@ TYPED_TEST(BrokenSetFile, WithAHeadAloneMayPromiseSomeVectorsYetNotMany) {
   EXPECT_EQ(codeWith(65536 + 4), 21);
 }
 
+// What follows such vectors is none of theirs.
+TYPED_TEST(BrokenSetFile, WithEmptyVectorsHoldsNoMoreForWhatFollows) {
+  ZAREL_TYPES;
+  const auto codeWith = [](int vectors) {
+    ByteFile file(raw(vectors, 0) + "something else");
+    C_VSTRUCT<T> set;
+    return codeOf([&] { readAs(set, file.stream(), storage); });
+  };
+
+  EXPECT_EQ(codeWith(65536), 0);
+  EXPECT_EQ(codeWith(65536 + 1), 21);
+}
+
 TYPED_TEST(BrokenSetFile, WithLongVectorsThatAreNotThereTakesNoMemory) {
   ZAREL_TYPES;
   for (int vectors : {1, 2, 100}) {
