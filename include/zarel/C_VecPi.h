@@ -19,6 +19,9 @@
  * shrink but not grow, and must not outlive the block. `capacity` is what the storage was last
  * sized for, 0 for a view.
  *
+ * Another way of keeping the values is another storage `P`; a class derived from this one cannot
+ * put its own in place of Adr, GetVal, SetVal and the index, so that they cost a loop no call.
+ *
  * Ranges: where an operation takes `first` and `last`, a `first` below 0 or above the dimension
  * stops it, and a `last` of -1, or not below the dimension, means the last value.
  *
@@ -82,10 +85,10 @@ public:
    */
   int Resize(I n) override;
 
-  T* Adr(I i) override { return storage_.Adr(i); }
-  T GetVal(I i) override { return storage_[i]; }
-  int SetVal(I i, T value) override { return storage_.SetVal(i, value); }
-  T& operator[](I i) override { return storage_[i]; }
+  T* Adr(I i) final { return storage_.Adr(i); }
+  T GetVal(I i) final { return storage_[i]; }
+  int SetVal(I i, T value) final { return storage_.SetVal(i, value); }
+  T& operator[](I i) final { return storage_[i]; }
   T* Extract(I first, I last, T* buffer) override;
   int Init(T value, I first, I last) override;
   T Sum(I first, I last) override;

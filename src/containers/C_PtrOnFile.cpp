@@ -65,8 +65,13 @@ template <class T>
 int C_FilePtr<T>::Seek(int offset, int mode) {
   if (stream_ == nullptr) return -1;
   const __int64 bytes = static_cast<__int64>(sizeof(T)) * offset;
-  if (mode == 0 && CBF_fseek64(stream_, base_, SEEK_SET) != 0) fail(20);
-  if (bytes != 0 && CBF_fseek64(stream_, bytes, SEEK_CUR) != 0) fail(20);
+  if (mode == 0) {
+    __int64 place = 0; // one call where restoring the base and moving on would be two
+    if (__builtin_add_overflow(base_, bytes, &place)) fail(20);
+    if (CBF_fseek64(stream_, place, SEEK_SET) != 0) fail(20);
+  } else if (bytes != 0 && CBF_fseek64(stream_, bytes, SEEK_CUR) != 0) {
+    fail(20);
+  }
   return 0;
 }
 

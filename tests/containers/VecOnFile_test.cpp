@@ -356,7 +356,7 @@ TEST(VecOnFileFaults, HaveTheirCodes) {
   using X = FileVec<double>;
 
   EXPECT_EQ(codeWithFailing("lseek", 1, [](X& x) { x.GetVal(50); }), 20);
-  EXPECT_EQ(codeWithFailing("lseek", 2, [](X& x) { x.GetVal(50); }), 20);
+  EXPECT_EQ(codeWithFailing("lseek", 1, [](X& x) { x.SetVal(50, 3.0); }), 20);
   EXPECT_EQ(codeWithFailing("read", 1, [](X& x) { x.GetVal(50); }), 21);
   EXPECT_EQ(codeWithFailing("read", 2, [](X& x) { x.Sum(0, -1); }), 21);
   EXPECT_EQ(codeWithFailing("write", 1, [](X& x) { x.SetVal(50, 3.0); }), 22);
@@ -364,7 +364,7 @@ TEST(VecOnFileFaults, HaveTheirCodes) {
   EXPECT_EQ(codeWithFailing("write", 1, [](X& x) { x.Zero(20, 30); }), 22);
   EXPECT_EQ(codeWithFailing("read", 1, [](X& x) { x.Lnk(5); }), 21);
   EXPECT_EQ(codeWithFailing("lseek", 1, [](X& x) { x.Lnk(5); }), 20);
-  EXPECT_EQ(codeWithFailing("lseek", 3, [](X& x) { x.Lnk(5); }), 34);
+  EXPECT_EQ(codeWithFailing("lseek", 2, [](X& x) { x.Lnk(5); }), 34);
 }
 
 TEST(VecOnFileFaults, AFileAtItsLimitThrows22AndKeepsWhatWasThere) {
