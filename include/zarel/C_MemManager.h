@@ -114,8 +114,9 @@ public:
    * workers this also makes room for the samples of each.
    */
   void Init(ExtCalloc calloc, ExtMalloc malloc, ExtRealloc realloc, ExtFree free, ExtInfo info);
-  /** Has a derived manager, from `new`, used from now on, and deletes the one used before. Blocks
-   * that live were not booked by the new one: do it before the first allocation. */
+  /** Has a derived manager, from `new`, used from now on, and deletes the one used before, unless
+   * it is the same. Blocks that live were not booked by the new one: do it before the first
+   * allocation. */
   static void Install(C_MemManager* manager);
 
   /** @name Tags @{ */
@@ -150,7 +151,7 @@ public:
   /**
    * Writes the samples, a file for each worker that has any: "prefix_0.MemTrack" and on. A sample
    * is a line of time (seconds), label (right-aligned in 50 columns) and bytes, separated by tabs,
-   * in ascending time. A file that cannot be created is left out.
+   * in ascending time. A file that cannot be created, or not written to its end, is left out.
    *
    * A process that took samples writes them at its end with the prefix "Test", unasked.
    */
@@ -166,7 +167,7 @@ private:
   void* Book(void* header, unsigned __int64 booked, std::uint32_t magic);
   void AddToBooks(unsigned __int64 change, int tag);
   void MakeTracks(int workers);
-  void DeleteTracks();
+  void EndTracks();
   void DebugMemory() {}
   void DumpExternalSet() {}
   static void DumpAtExit();

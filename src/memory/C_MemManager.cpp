@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <numeric>
@@ -11,6 +12,7 @@
 #include "memory/allocator.h"
 #include "memory/elapsed.h"
 #include "memory/information.h"
+#include "system/calls.h"
 #include "system/files.h"
 #include "system/machine.h"
 
@@ -90,12 +92,7 @@ C_MemManager::C_MemManager()
 }
 
 C_MemManager::~C_MemManager() {
-  try {
-    DumpTracks("Test");
-  } catch (const std::bad_alloc&) {
-    // The samples are lost for want of memory.
-  }
-  DeleteTracks();
+  EndTracks();
   delete[] _externalSets;
 }
 
@@ -204,6 +201,7 @@ void C_MemManager::Init(ExtCalloc calloc, ExtMalloc malloc, ExtRealloc realloc, 
 }
 
 void C_MemManager::Install(C_MemManager* manager) {
+  if (manager == Instance()) return;
   Kill();
   Adopt(manager);
 }
@@ -268,7 +266,13 @@ void C_MemManager::MakeTracks(int workers) {
   if (wanted > _tracks.size()) _tracks.resize(wanted);
 }
 
-void C_MemManager::DeleteTracks() {
+// Writes the samples a last time and deletes them.
+void C_MemManager::EndTracks() {
+  try {
+    DumpTracks("Test");
+  } catch (const std::bad_alloc&) {
+    // The samples are lost for want of memory.
+  }
   for (Tracks& tracks : _tracks) {
     for (const auto& sample : tracks)
       delete sample.second;
@@ -278,14 +282,7 @@ void C_MemManager::DeleteTracks() {
 
 // The process's end, at which the manager itself stays for those that release blocks still later.
 void C_MemManager::DumpAtExit() {
-  C_MemManager* const manager = Instance();
-  if (!manager) return;
-  try {
-    manager->DumpTracks("Test");
-  } catch (const std::bad_alloc&) {
-    // The samples are lost for want of memory.
-  }
-  manager->DeleteTracks();
+  if (C_MemManager* const manager = Instance()) manager->EndTracks();
 }
 
 void C_MemManager::TrackMem(const char* label) {
@@ -306,11 +303,14 @@ void C_MemManager::TrackMem(const char* label) {
 
 namespace {
 
+// A file that holds a part of the samples would pass for all of them, so it goes.
 void writeTracks(const std::string& name, const std::map<double, C_MemTrack*>& tracks) {
-  const std::unique_ptr<FILE, int (*)(FILE*)> file(openShared(name, "w"), std::fclose);
+  FILE* const file = openShared(name, "w");
   if (!file) return;
   for (const auto& [time, sample] : tracks)
-    std::fprintf(file.get(), "%lf\t%50s\t%lld\n", time, sample->Label().c_str(), sample->Memory());
+    std::fprintf(file, "%lf\t%50s\t%lld\n", time, sample->Label().c_str(), sample->Memory());
+  const bool written = std::ferror(file) == 0;
+  if (std::fclose(file) != 0 || !written) systemCalls().unlink(name.c_str());
 }
 
 } // namespace

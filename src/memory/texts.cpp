@@ -21,8 +21,7 @@ Char* newText(const Char* text, size_t length, const char* label) {
   return block ? static_cast<Char*>(std::memcpy(block, text, bytes)) : nullptr;
 }
 
-// The text that `make` makes, as a new one; null if there is no memory for either or if it is
-// empty on failure.
+// The text that `make` makes, as a new one; null if there is no memory for either.
 template <class Make>
 auto newTextOf(Make make, const char* label) noexcept
     -> decltype(newText(make().c_str(), size_t{}, label)) {

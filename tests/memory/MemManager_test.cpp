@@ -1,51 +1,26 @@
-// The memory manager: origins, books, tags, host functions, samples.
-#include <zarel/C_MemManager.h>
+// The memory manager: origins, books, tags, host functions.
+#include "memory/support.h"
 
-#include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <thread>
-#include <vector>
+#include <unistd.h>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <zarel/C_PllMgr.h>
 #include <zarel/zarelmem.h>
 
 #include "memory/allocator.h"
-#include "memory/elapsed.h"
 #include "support/FailingAllocation.h"
 #include "support/Files.h"
 #include "support/Slots.h"
-#include "system/machine.h"
+
+namespace memory_test {
 
 namespace {
 
-using u64 = unsigned __int64;
-using support::TempDirectory;
-using support::WorkingDirectory;
-
-#define HERE "test", __FILE__, __LINE__
-
 constexpr std::uint32_t kHeap = 33288;
 constexpr std::uint32_t kExternal = 1010101;
-
-// A manager of a host: it can be built, and notes its calls.
-class HostManager : public C_MemManager {
-public:
-  void HandleError() override { ++errors; }
-  __int64 AllocMem() override { return resident < 0 ? C_MemManager::AllocMem() : resident; }
-  __int64 InfoMem(int key) override {
-    lastKey = key;
-    return C_MemManager::InfoMem(key);
-  }
-
-  int errors = 0;
-  int lastKey = 0;
-  __int64 resident = -1;
-};
 
 struct HeaderBytes {
   std::uint32_t magic;
@@ -58,57 +33,6 @@ HeaderBytes headerOf(const void* block) {
   std::memcpy(&header, static_cast<const char*>(block) - 16, 16);
   return header;
 }
-
-// What the host's functions were given.
-struct HostCall {
-  std::string name;
-  void* block = nullptr;
-  u64 size = 0;
-  int zero = -1;
-  std::string file;
-  int line = 0;
-};
-std::vector<HostCall> calls;
-std::vector<int> keys;
-
-void* hostCalloc(u64 size, int zero, char* file, int line) {
-  calls.push_back({"calloc", nullptr, size, zero, file, line});
-  return std::calloc(1, size);
-}
-void* hostMalloc(u64 size, int zero, char* file, int line) {
-  calls.push_back({"malloc", nullptr, size, zero, file, line});
-  return std::malloc(size);
-}
-void* hostRealloc(void* block, u64 size, int zero, char* file, int line) {
-  calls.push_back({"realloc", block, size, zero, file, line});
-  return std::realloc(block, size);
-}
-void hostFree(void* block, char* file, int line) {
-  calls.push_back({"free", block, 0, 0, file, line});
-  std::free(block);
-}
-__int64 hostInfo(int* key, int* zero) {
-  keys.push_back(*key);
-  return 1000 * *key + *zero;
-}
-void* noMalloc(u64, int, char*, int) {
-  return nullptr;
-}
-void* noRealloc(void*, u64, int, char*, int) {
-  return nullptr;
-}
-
-class MemManager : public testing::Test {
-protected:
-  MemManager() {
-    calls.clear();
-    keys.clear();
-  }
-
-  void useHost() { manager.Init(hostCalloc, hostMalloc, hostRealloc, hostFree, hostInfo); }
-
-  HostManager manager;
-};
 
 TEST_F(MemManager, PutsAHeaderOf16BytesBeforeABlock) {
   void* const block = manager.Malloc(100, HERE);
@@ -165,6 +89,17 @@ TEST_F(MemManager, SumOfThePeaksIsNoPeakOfTheSum) {
   EXPECT_EQ(manager.MaxMemSize(), 200u);
 }
 
+TEST_F(MemManager, ThePeakOfTheTotalIsOfAllTagsTogether) {
+  manager.SetTag(1);
+  void* const a = manager.Malloc(84, HERE);
+  manager.SetTag(2);
+  void* const b = manager.Malloc(184, HERE);
+  manager.Free(a, __FILE__, __LINE__);
+  manager.Free(b, __FILE__, __LINE__);
+
+  EXPECT_EQ(manager.MaxMemSize(), 300u);
+}
+
 TEST_F(MemManager, ARequestOfNoBytesIsABlockOf16) {
   void* const block = manager.Malloc(0, HERE);
 
@@ -174,7 +109,16 @@ TEST_F(MemManager, ARequestOfNoBytesIsABlockOf16) {
   manager.Free(block, __FILE__, __LINE__);
 }
 
+// A heap whose fresh blocks are full of rubbish.
+void* dirtyMalloc(size_t size) {
+  void* const block = std::malloc(size);
+  if (block) std::memset(block, 0xAA, size);
+  return block;
+}
+
 TEST_F(MemManager, CallocClears) {
+  const Zarel::Allocator heap = Zarel::allocator();
+  Zarel::allocator().malloc = dirtyMalloc;
   manager.SetMinSizeForExtAlloc(1000);
   for (const u64 number : {10, 1000}) {
     auto* const block = static_cast<unsigned char*>(manager.Calloc(number, 3, HERE));
@@ -182,6 +126,22 @@ TEST_F(MemManager, CallocClears) {
       ASSERT_EQ(block[k], 0);
     manager.Free(block, __FILE__, __LINE__);
   }
+  Zarel::allocator() = heap;
+}
+
+// Without a host the external functions are those of the process heap.
+TEST_F(MemManager, ExternalBlocksAreServedWithoutAHost) {
+  manager.SetMinSizeForExtAlloc(0);
+  auto* block = static_cast<char*>(manager.Malloc(4, HERE));
+  std::memcpy(block, "abc", 4);
+
+  block = static_cast<char*>(manager.Realloc(block, 100000, HERE));
+
+  ASSERT_NE(block, nullptr);
+  EXPECT_STREQ(block, "abc");
+  EXPECT_EQ(headerOf(block).magic, kExternal);
+  manager.Free(block, __FILE__, __LINE__);
+  EXPECT_EQ(manager.MemSize(), 0u);
 }
 
 TEST_F(MemManager, ABookedSizeAtTheThresholdIsExternalAndOneByteLessIsNot) {
@@ -274,9 +234,13 @@ TEST_F(MemManager, ReallocOfAForeignPointerIsAnErrorAndLeavesIt) {
   EXPECT_EQ(manager.MemSize(), 0u);
 }
 
-TEST_F(MemManager, ReallocOfNullAllocates) {
-  void* const block = manager.Realloc(nullptr, 10, HERE);
+TEST_F(MemManager, ReallocOfNullGoesToTheVirtualMalloc) {
+  manager.noting = true;
 
+  void* const block = manager.Realloc(nullptr, 10, "label", "a.c", 11);
+
+  EXPECT_EQ(manager.asked,
+            (std::vector<std::string>{"Realloc 10 label a.c 11", "Malloc 10 label a.c 11"}));
   EXPECT_EQ(headerOf(block).size, 26u);
   manager.Free(block, __FILE__, __LINE__);
 }
@@ -456,6 +420,21 @@ TEST_F(MemManager, TotalAndAvailableMemoryAreAskedThroughTheVirtualQuestion) {
   EXPECT_EQ(keys, (std::vector<int>{1, 128}));
 }
 
+TEST_F(MemManager, AsksTheSystemWithoutAHost) {
+  EXPECT_EQ(manager.InfoMem(C_MemManager::E_MemPageSize), sysconf(_SC_PAGESIZE));
+  EXPECT_EQ(manager.TotalMem(), sysconf(_SC_PHYS_PAGES) * sysconf(_SC_PAGESIZE));
+  EXPECT_EQ(manager.InfoMem(2), -1);
+}
+
+TEST_F(MemManager, ASecondInitReplacesTheFunctions) {
+  useHost();
+  manager.Init(noMalloc, noMalloc, noRealloc, hostFree, hostInfo);
+  manager.SetMinSizeForExtAlloc(0);
+
+  EXPECT_EQ(manager.Malloc(10, HERE), nullptr);
+  EXPECT_TRUE(calls.empty());
+}
+
 // The system's own figure, read from another file.
 double residentSize() {
   std::ifstream file("/proc/self/status");
@@ -508,6 +487,60 @@ TEST(MemManagerOfTheProcess, EntryPointsGoThroughAnInstalledManager) {
 
   EXPECT_EQ(host->MemSize(), 0u);
   EXPECT_EQ(host->MaxMemSize(), 200u);
+  ReleaseGlobalMemManager();
+}
+
+TEST(MemManagerOfTheProcess, EntryPointsHandOnWhoAsks) {
+  auto* const host = new HostManager;
+  C_MemManager::Install(host);
+  host->noting = true;
+
+  void* block = zarelmem_realloc(nullptr, 10, "a", 1, "a.c", 1);
+  block = zarelmem_realloc(block, 20, "b", 1, "b.c", 2);
+  zarelmem_free(block, "c.c", 3);
+  block = zarelmem_malloc(30, "d", 1, "d.c", 4);
+  zarelmem_free(block, "e.c", 5);
+  block = zarelmem_calloc(5, 8, "f", 1, "f.c", 6);
+  zarelmem_free(block, "g.c", 7);
+
+  EXPECT_EQ(host->asked,
+            (std::vector<std::string>{"Malloc 10 a a.c 1", "Realloc 20 b b.c 2", "Free 0  c.c 3",
+                                      "Malloc 30 d d.c 4", "Free 0  e.c 5", "Calloc 5 8 f f.c 6",
+                                      "Free 0  g.c 7"}));
+  ReleaseGlobalMemManager();
+}
+
+void* noteSizeAndRefuse(u64 size, int, char*, int) {
+  calls.push_back({"malloc", nullptr, size, 0, "", 0});
+  return nullptr;
+}
+
+TEST(MemManagerOfTheProcess, TheLargestSizeThatFitsWithItsHeaderReachesTheHost) {
+  auto* const host = new HostManager;
+  C_MemManager::Install(host);
+  calls.clear();
+  host->Init(noteSizeAndRefuse, noteSizeAndRefuse, noRealloc, hostFree, hostInfo);
+
+  EXPECT_EQ(zarelmem_malloc(SIZE_MAX - 16, "test", 1, __FILE__, __LINE__), nullptr);
+  EXPECT_EQ(zarelmem_calloc(1, SIZE_MAX - 16, "test", 1, __FILE__, __LINE__), nullptr);
+
+  ASSERT_EQ(calls.size(), 2u);
+  EXPECT_EQ(calls[0].size, SIZE_MAX);
+  EXPECT_EQ(calls[1].size, SIZE_MAX);
+  EXPECT_EQ(host->errors, 2);
+  ReleaseGlobalMemManager();
+}
+
+TEST(MemManagerOfTheProcess, AManagerInUseIsInstalledWithoutEffect) {
+  auto* const host = new HostManager;
+  C_MemManager::Install(host);
+  void* const block = zarel_malloc(84, "test", 1);
+
+  C_MemManager::Install(host);
+
+  EXPECT_EQ(getGlobalMemManager(), host);
+  EXPECT_EQ(host->MemSize(), 100u);
+  zarel_free(block);
   ReleaseGlobalMemManager();
 }
 
@@ -582,251 +615,33 @@ TEST(MemManagerOfTheProcess, NoMemoryForTheManagerIsANullBlock) {
   EXPECT_GT(failed, 3);
 }
 
-TEST(MemManagerOfTheProcess, NoMemoryForTheManagerLeavesTheAnswersOfAnEmptyOne) {
+// Asks while there is neither a manager nor memory for one.
+template <class Question>
+auto answerWithoutAManager(Question question) {
   const support::FailingAllocation failing(1);
   ReleaseGlobalMemManager();
-
-  EXPECT_EQ(zarel_get_new_tag(), -1);
+  const auto answer = question();
+  EXPECT_TRUE(support::FailingAllocation::happened());
+  EXPECT_FALSE(C_MemManager::IsInstanced());
+  return answer;
 }
 
-// ---- samples ----
+TEST(MemManagerOfTheProcess, NoMemoryForTheManagerLeavesTheAnswersOfAnEmptyOne) {
+  int stranger = 0;
 
-double now = 0;
-double testClock() {
-  return now;
-}
-
-// A working directory that outlives the manager, whose end writes what samples it still has.
-class OwnDirectory {
-protected:
-  TempDirectory directory;
-  WorkingDirectory working{directory.path()};
-};
-
-class MemTracks : protected OwnDirectory, public MemManager {
-protected:
-  MemTracks() : _former(Zarel::setElapsedTime(testClock)) {}
-  ~MemTracks() override { Zarel::setElapsedTime(_former); }
-
-  void track(double time, __int64 memory, const char* label) {
-    now = time;
-    manager.resident = memory;
-    manager.TrackMem(label);
-  }
-
-private:
-  Zarel::ElapsedTime _former;
-};
-
-std::string padded(const std::string& label) {
-  return std::string(50 - label.size(), ' ') + label;
-}
-
-TEST_F(MemTracks, AreWrittenInAscendingTime) {
-  track(2.5, 300, "second");
-  track(0.25, 4294967297, "first");
-
-  manager.DumpTracks("run");
-
-  EXPECT_EQ(support::bytesOf("run_0.MemTrack"), "0.250000\t" + padded("first") +
-                                                    "\t4294967297\n2.500000\t" + padded("second") +
-                                                    "\t300\n");
-  manager.DumpTracks("run");
-}
-
-TEST_F(MemTracks, WithinOneTickAreKept1e10Apart) {
-  track(1.0, 10, "a");
-  track(1.0, 20, "b");
-
-  manager.DumpTracks("tick");
-
-  EXPECT_EQ(support::bytesOf("tick_0.MemTrack"),
-            "1.000000\t" + padded("a") + "\t10\n1.000000\t" + padded("b") + "\t20\n");
-}
-
-// The second sample moves to 1 + 1e-10, so the third one, of that very time, moves on by another
-// 1e-10; the fourth then comes between the two. No other distance gives this order.
-TEST_F(MemTracks, AreMovedBy1e10Exactly) {
-  track(1.0, 10, "a");
-  track(1.0, 20, "b");
-  track(1.0 + 1e-10, 30, "c");
-  track(1.0 + 1.5e-10, 40, "d");
-
-  manager.DumpTracks("tick");
-
-  EXPECT_EQ(support::bytesOf("tick_0.MemTrack"),
-            "1.000000\t" + padded("a") + "\t10\n1.000000\t" + padded("b") + "\t20\n1.000000\t" +
-                padded("d") + "\t40\n1.000000\t" + padded("c") + "\t30\n");
-}
-
-TEST_F(MemTracks, AThirdWithinOneTickReplacesTheSecond) {
-  track(1.0, 10, "a");
-  track(1.0, 20, "b");
-  track(1.0, 30, "c");
-
-  manager.DumpTracks("tick");
-
-  EXPECT_EQ(support::bytesOf("tick_0.MemTrack"),
-            "1.000000\t" + padded("a") + "\t10\n1.000000\t" + padded("c") + "\t30\n");
-}
-
-TEST_F(MemTracks, MakeNoFileWhenThereAreNone) {
-  manager.DumpTracks("none");
-
-  EXPECT_THROW(support::bytesOf("none_0.MemTrack"), std::runtime_error);
-}
-
-TEST_F(MemTracks, ThatCannotBeWrittenAreLeftOut) {
-  track(1.0, 10, "a");
-
-  manager.DumpTracks("missing/directory");
-}
-
-TEST_F(MemTracks, AreWrittenByTheDestructorAsTest) {
-  {
-    HostManager other;
-    now = 0;
-    other.resident = 1;
-    other.TrackMem("last");
-  }
-
-  EXPECT_EQ(support::bytesOf("Test_0.MemTrack"), "0.000000\t" + padded("last") + "\t1\n");
-}
-
-TEST_F(MemTracks, AreLostWithoutMemoryButNothingElseIs) {
-  const long failed = support::forEachFailingAllocation(
-      [this] { track(1.0, 10, "a label that is no short text"); });
-
-  EXPECT_GT(failed, 0);
-}
-
-// Released at the very end, after everything that the first sample registered.
-struct LateRelease {
-  void* block = nullptr;
-  ~LateRelease() { zarelmem_free(block, __FILE__, __LINE__); }
-};
-
-[[noreturn]] void endWithASample() {
-  static LateRelease late;
-  late.block = zarelmem_malloc(100, "test", 1, __FILE__, __LINE__);
-  getGlobalMemManager()->TrackMem("end");
-  std::exit(0);
-}
-
-[[noreturn]] void endWithoutASample() {
-  static LateRelease late;
-  late.block = zarelmem_malloc(100, "test", 1, __FILE__, __LINE__);
-  std::exit(0);
-}
-
-TEST_F(MemTracks, AreWrittenAtTheEndOfTheProcess) {
-  EXPECT_EXIT(endWithASample(), testing::ExitedWithCode(0), "");
-
-  EXPECT_NE(support::bytesOf("Test_0.MemTrack").find(padded("end")), std::string::npos);
-}
-
-TEST_F(MemTracks, MakeNoFileAtTheEndOfAProcessWithoutAny) {
-  EXPECT_EXIT(endWithoutASample(), testing::ExitedWithCode(0), "");
-
-  EXPECT_THROW(support::bytesOf("Test_0.MemTrack"), std::runtime_error);
-}
-
-TEST(MemTrack, HoldsLabelMemoryAndTime) {
-  __int64 memory = 5;
-  double time = 1.5;
-  const C_MemTrack sample("label", memory, time);
-  const C_MemTrack copy = sample;
-
-  EXPECT_EQ(copy.Label(), "label");
-  EXPECT_EQ(copy.Memory(), 5);
-  EXPECT_EQ(copy.Time(), 1.5);
-}
-
-TEST(ElapsedTime, StartsNearZeroAndGoesOn) {
-  const Zarel::ElapsedTime former = Zarel::setElapsedTime(nullptr);
-
-  const double first = Zarel::elapsedTime();
-  const double second = Zarel::elapsedTime();
-
-  EXPECT_GE(first, 0);
-  EXPECT_GE(second, first);
-  Zarel::setElapsedTime(former);
-}
-
-// ---- workers of a host ----
-
-int worker = 0;
-int workers = 3;
-std::vector<int> locks;
-
-int currentWorker() {
-  return worker;
-}
-int answer(int* code) {
-  return *code == 3 ? workers : 1;
-}
-void noValue(int*, int*) {}
-void noState() {}
-void noShare(int*, int*, int*) {}
-
-class MemWorkers : public MemTracks {
-protected:
-  MemWorkers() {
-    locks.clear();
-    worker = 0;
-    workers = 3;
-    getGlobalPllManager()->Init([](int* number) { locks.push_back(*number); },
-                                [](int* number) { locks.push_back(-*number); }, currentWorker,
-                                answer, noValue, noState, noState, noShare, nullptr, nullptr,
-                                nullptr, nullptr, nullptr, nullptr, nullptr);
-  }
-  ~MemWorkers() override { ReleaseGlobalPllManager(); }
-
-  void sample(C_MemManager& books, int who, const char* label) {
-    worker = who;
-    books.TrackMem(label);
-  }
-};
-
-TEST_F(MemWorkers, WriteAFileEachThatHasSamples) {
-  HostManager books;
-  books.resident = 8;
-  now = 1;
-  sample(books, 0, "zero");
-  sample(books, 2, "two");
-
-  books.DumpTracks("w");
-
-  EXPECT_EQ(support::bytesOf("w_0.MemTrack"), "1.000000\t" + padded("zero") + "\t8\n");
-  EXPECT_EQ(support::bytesOf("w_1.MemTrack"), "1.000000\t" + padded("two") + "\t8\n");
-  EXPECT_THROW(support::bytesOf("w_2.MemTrack"), std::runtime_error);
-}
-
-TEST_F(MemWorkers, HaveRoomFor1024WhenTheHostReportsNone) {
-  workers = 0;
-  HostManager books;
-  books.resident = 8;
-
-  sample(books, 1023, "last");
-  sample(books, 1024, "no room");
-  books.DumpTracks("many");
-
-  EXPECT_NE(support::bytesOf("many_0.MemTrack").find("last"), std::string::npos);
-  EXPECT_THROW(support::bytesOf("many_1.MemTrack"), std::runtime_error);
-}
-
-TEST_F(MemWorkers, InitHoldsLock107AndMakesRoomForWorkersThatCameLater) {
-  workers = 1;
-  HostManager books;
-  workers = 3;
-  books.Init(hostCalloc, hostMalloc, hostRealloc, hostFree, hostInfo);
-  books.Init(hostCalloc, hostMalloc, hostRealloc, hostFree, hostInfo);
-
-  EXPECT_EQ(locks, (std::vector<int>{107, -107, 107, -107}));
-  books.resident = 8;
-  sample(books, 2, "late");
-  books.DumpTracks("late");
-  EXPECT_NE(support::bytesOf("late_0.MemTrack").find("late"), std::string::npos);
+  EXPECT_EQ(answerWithoutAManager(zarel_get_new_tag), -1);
+  EXPECT_EQ(answerWithoutAManager(zarel_sum_memsize), 0u);
+  EXPECT_EQ(answerWithoutAManager(zarel_sum_maxmemsize), 0u);
+  EXPECT_EQ(answerWithoutAManager([] { return zarel_tag_memsize(1); }), 0u);
+  EXPECT_EQ(answerWithoutAManager([] { return zarel_tag_maxmemsize(1); }), 0u);
+  EXPECT_EQ(answerWithoutAManager([] { return zarel_calloc(1, 8, "test", 1); }), nullptr);
+  EXPECT_EQ(answerWithoutAManager([&] { return zarel_realloc(&stranger, 8, "test", 1); }), nullptr);
+  answerWithoutAManager([&] { return zarel_free(&stranger), 0; });
+  answerWithoutAManager([] { return zarelmem_initialize(8), 0; });
+  answerWithoutAManager([] { return zarel_set_tag(1), 0; });
+  answerWithoutAManager([] { return zarel_free_tag(1), 0; });
 }
 
 } // namespace
+
+} // namespace memory_test
