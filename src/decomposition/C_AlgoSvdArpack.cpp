@@ -10,9 +10,9 @@
 #include <zarel/C_Trace.h>
 #include <zarel/itf.h>
 
+#include "containers/finite.h"
 #include "decomposition/lapack.h"
 #include "decomposition/report.h"
-#include "vectorset/finite.h"
 
 using Zarel::allFinite;
 using Zarel::C_VSTRUCT;

@@ -5,8 +5,8 @@
 
 #include <zarel/C_Lapack.h>
 
+#include "containers/finite.h"
 #include "decomposition/report.h"
-#include "vectorset/finite.h"
 
 using Zarel::C_VSTRUCT;
 using Zarel::traced;

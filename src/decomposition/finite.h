@@ -2,7 +2,7 @@
 #ifndef ZAREL_DECOMPOSITION_FINITE_H
 #define ZAREL_DECOMPOSITION_FINITE_H
 
-#include "vectorset/finite.h"
+#include "containers/finite.h"
 
 namespace Zarel::decomposition {
 

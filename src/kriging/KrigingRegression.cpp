@@ -4,6 +4,7 @@
 
 #include <zarel/Kriging.h>
 
+#include "containers/finite.h"
 #include "kriging/KrigingWorkspace.h"
 #include "kriging/dense.h"
 #include "kriging/instantiate.h"
@@ -11,12 +12,25 @@
 
 namespace {
 
-/** Tells whether F (rows x terms) has full column rank: no singular value below 1e-14. */
+template <class T>
+bool allFinite(C_MatMGe<T>& F) {
+  for (int j = 0; j < F.NbCol(); ++j)
+    if (!Zarel::allFinite(F.Adr() + static_cast<std::ptrdiff_t>(j) * F.LeadDim(), F.NbRow()))
+      return false;
+  return true;
+}
+
+/**
+ * Tells whether F (rows x terms) has full column rank: no singular value below 1e-14. One with
+ * values that are not finite has it too: its singular values are NaN, which are below nothing, and
+ * it is not given to LAPACK, which may look for them without end.
+ */
 template <class T>
 bool hasFullRank(C_MatMGe<T>& F) {
   const int rows = F.NbRow();
   const int terms = F.NbCol();
   if (rows < terms) return false; // the missing singular values count as below the level
+  if (!allFinite(F)) return true;
   const int lwork = std::max(3 * terms + rows, 5 * terms);
   // A column more than is used: OpenBLAS's zgemv for Haswell reads one step past its vector, which
   // here is a row, and the step a column. Copying keeps the larger block.

@@ -5,8 +5,8 @@
 
 #include <zarel/C_MapManager.h>
 
+#include "containers/finite.h"
 #include "vectorset/fileVectors.h"
-#include "vectorset/finite.h"
 #include "vectorset/instantiate.h"
 #include "vectorset/steps.h"
 #include "vectorset/walk.h"

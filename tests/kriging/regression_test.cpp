@@ -350,6 +350,19 @@ TEST_F(KrigingTrend, NotANumberPassesTheRankCheck) {
   EXPECT_EQ(model.EvalQuadPolynomMtx(X, terms, F, 0), 0);
 }
 
+// LAPACK looks without end for the singular values of this one.
+TEST_F(KrigingTrend, AColumnWithoutNumbersPassesTheRankCheckInTime) {
+  C_MatMGe<double> X = fit::randomMatrix<double>(4, 2, 1);
+  prepare(X, E_PolyLinear);
+  for (int i = 0; i < 4; ++i) {
+    X(i, 0) = std::nan("");
+    X(i, 1) = 0.0;
+  }
+  ASSERT_EQ(model.EvalQuadPolynomMtx(X, terms, F, 0), 0);
+  EXPECT_EQ(terms, 3);
+  EXPECT_EQ(type(), E_PolyLinear);
+}
+
 TEST_F(KrigingTrend, OneVariableTakesThePureQuadraticForThreeTerms) {
   C_MatMGe<double> X = fit::randomMatrix<double>(8, 1, 1);
   prepare(X, E_PolyFullQuad);

@@ -1,6 +1,6 @@
 // The search for NaN and infinity, in one fast pass.
-#ifndef ZAREL_VECTORSET_FINITE_H
-#define ZAREL_VECTORSET_FINITE_H
+#ifndef ZAREL_CONTAINERS_FINITE_H
+#define ZAREL_CONTAINERS_FINITE_H
 
 #include <complex>
 #include <type_traits>
