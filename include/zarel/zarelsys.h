@@ -26,14 +26,15 @@ ZAREL_BEGIN_C
  * there is no memory. @{ */
 
 /**
- * Converts narrow text (UTF-8) to wide text. Null gives null. A byte that is no UTF-8 becomes one
- * of the lone surrogates U+DC80 to U+DCFF, of which zarel_Tchar2char makes the same byte again, so
- * that every file name survives the way there and back.
+ * Converts narrow text (UTF-8, whatever the locale) to wide text. Null gives null. A byte that is
+ * no UTF-8 becomes one of the lone surrogates U+DC80 to U+DCFF, of which zarel_Tchar2char makes the
+ * same byte again, so that every file name survives the way there and back.
  */
 ZAREL_API wchar_t* zarel_char2Tchar(const char* text);
-/** Converts wide text to narrow text (UTF-8). Null gives null. */
+/** Converts wide text to narrow text (UTF-8, whatever the locale). Null gives null. A value that is
+ * no character becomes U+FFFD. */
 ZAREL_API char* zarel_Tchar2char(const wchar_t* text);
-/** Duplicates a text. `label` stands in the accounting of memory. Null gives null. */
+/** Duplicates a text. `label` goes to the allocator as the name of the block. Null gives null. */
 ZAREL_API char* zarel_strdup(const char* text, const char* label);
 /**
  * Forms a path that nothing stands under: a directory, `prefix` and a random end. The directory is
@@ -73,7 +74,8 @@ ZAREL_API int zarel_fileno(FILE* file);
 ZAREL_API char* zarel_getenv(const char* name);
 /**
  * As zarel_getenv with wide text. The text belongs to the calling thread and stays until that
- * thread asks for the same name again. Null also when there is no memory.
+ * thread asks for the same name again after the value has changed. Null also when there is no
+ * memory.
  */
 ZAREL_API wchar_t* zarel_wgetenv(const wchar_t* name);
 /** Returns the number of the process. */

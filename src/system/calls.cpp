@@ -70,20 +70,6 @@ size_t readFully(int fd, void* buffer, size_t bytes) {
   });
 }
 
-size_t readFullyAt(int fd, void* buffer, size_t bytes, off_t offset) {
-  const auto into = static_cast<char*>(buffer);
-  return repeat(bytes, [=](size_t done, size_t left) {
-    return systemCalls().pread(fd, into + done, left, offset + static_cast<off_t>(done));
-  });
-}
-
-size_t writeFullyAt(int fd, const void* buffer, size_t bytes, off_t offset) {
-  const auto from = static_cast<const char*>(buffer);
-  return repeat(bytes, [=](size_t done, size_t left) {
-    return systemCalls().pwrite(fd, from + done, left, offset + static_cast<off_t>(done));
-  });
-}
-
 size_t writeFully(int fd, const void* buffer, size_t bytes) {
   const auto from = static_cast<const char*>(buffer);
   return repeat(bytes, [=](size_t offset, size_t left) {

@@ -42,9 +42,6 @@ SystemCalls& systemCalls();
 // They return the bytes transferred, fewer at the end of the file or on an error (see errno).
 size_t readFully(int fd, void* buffer, size_t bytes);
 size_t writeFully(int fd, const void* buffer, size_t bytes);
-// The same at an offset; the position of the descriptor stays.
-size_t readFullyAt(int fd, void* buffer, size_t bytes, off_t offset);
-size_t writeFullyAt(int fd, const void* buffer, size_t bytes, off_t offset);
 
 } // namespace Zarel
 

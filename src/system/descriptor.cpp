@@ -69,15 +69,6 @@ Descriptor openDescriptor(const std::string& path, int flags, mode_t mode) {
   return Descriptor(fd);
 }
 
-int reserveSpace(int fd, off_t size) {
-  if (size == 0) return 0;
-  int result = 0;
-  do
-    result = systemCalls().fallocate(fd, 0, size);
-  while (result != 0 && errno == EINTR);
-  return result;
-}
-
 std::string temporaryDirectory(const std::string& second) {
   for (const std::string& directory :
        {environment("TMPDIR").value_or(""), second, std::string("/tmp")})
@@ -93,16 +84,6 @@ std::string unusedPath(const std::string& directory, std::string_view prefix) {
   }
   errno = EEXIST;
   return {};
-}
-
-Descriptor createTemporary(const std::string& directory, std::string_view prefix,
-                           std::string& path) {
-  for (int k = 0; k < tries; ++k) {
-    path = randomPath(directory, prefix);
-    Descriptor file = openDescriptor(path, O_RDWR | O_CREAT | O_EXCL);
-    if (file || errno != EEXIST) return file;
-  }
-  return Descriptor();
 }
 
 } // namespace Zarel

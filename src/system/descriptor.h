@@ -1,4 +1,4 @@
-// An open file that closes itself, and temporary files.
+// An open file that closes itself, and names for temporary files.
 #ifndef ZAREL_SYSTEM_DESCRIPTOR_H
 #define ZAREL_SYSTEM_DESCRIPTOR_H
 
@@ -35,20 +35,12 @@ private:
 // Interrupted calls are repeated.
 Descriptor openDescriptor(const std::string& path, int flags, mode_t mode = 0600);
 
-// Reserves disk space for all bytes below `size` and extends the file to it if it is shorter: 0, or
-// -1 and errno, for instance ENOSPC. Existing bytes stay.
-int reserveSpace(int fd, off_t size);
-
 // The directory for temporary files: `TMPDIR` if that may be written to, else `second` if that may,
 // else /tmp; empty and errno if none may.
 std::string temporaryDirectory(const std::string& second = {});
 // A path in `directory`, with a random end, under which there is nothing; empty and errno if none
-// was found.
+// was found. Whoever creates the file does so exclusively (O_EXCL): only that decides.
 std::string unusedPath(const std::string& directory, std::string_view prefix);
-// Creates a new file in `directory`, with a random end, that only its owner may read and write, and
-// stores its path; none and errno on failure.
-Descriptor createTemporary(const std::string& directory, std::string_view prefix,
-                           std::string& path);
 
 } // namespace Zarel
 

@@ -1,13 +1,13 @@
 #include "system/machine.h"
 
 #include <cctype>
-#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
 
 #include "system/calls.h"
+#include "system/descriptor.h"
 #include "system/mapping.h"
 
 namespace Zarel {
@@ -17,14 +17,17 @@ namespace {
 constexpr long long unknown = -1;
 constexpr long long kibi = 1024;
 
+// Takes the path as it is: a string of it would need memory.
+Descriptor opened(const char* path, int flags = 0) {
+  return Descriptor(systemCalls().open(path, O_RDONLY | O_CLOEXEC | flags, 0));
+}
+
 // The head of a file of the system, as text; empty when it cannot be read.
 class SystemFile {
 public:
   explicit SystemFile(const char* path) {
-    const int fd = systemCalls().open(path, O_RDONLY | O_CLOEXEC, 0);
-    if (fd < 0) return;
-    _text[readFully(fd, _text, sizeof _text - 1)] = '\0';
-    systemCalls().close(fd);
+    const Descriptor file = opened(path);
+    if (file) _text[readFully(file.get(), _text, sizeof _text - 1)] = '\0';
   }
 
   const char* text() const { return _text; }
@@ -46,8 +49,15 @@ const char* behind(const char* text, char mark) {
   return found ? found + 1 : "";
 }
 
-bool isNumber(const char* text) {
-  return std::isdigit(static_cast<unsigned char>(*text)) != 0;
+// How many of the entries that getdents64 gave, `bytes` bytes of them, are those of processes.
+long long processesAmong(const char* entries, ssize_t bytes) {
+  long long count = 0;
+  for (ssize_t at = 0; at < bytes;) {
+    const auto entry = reinterpret_cast<const dirent64*>(entries + at);
+    count += std::isdigit(static_cast<unsigned char>(entry->d_name[0])) ? 1 : 0;
+    at += entry->d_reclen;
+  }
+  return count;
 }
 
 } // namespace
@@ -80,14 +90,15 @@ long long threadCount() {
   return numberAt(behind(SystemFile("/proc/loadavg").text(), '/'));
 }
 
+// Each process has a directory there whose name is its number. opendir would allocate.
 long long processCount() {
-  DIR* const directory = opendir("/proc");
-  if (!directory) return unknown;
+  const Descriptor directory = opened("/proc", O_DIRECTORY);
+  alignas(dirent64) char entries[8192];
   long long count = 0;
-  while (const dirent* entry = readdir(directory))
-    count += isNumber(entry->d_name);
-  closedir(directory);
-  return count;
+  ssize_t bytes = 0;
+  while ((bytes = getdents64(directory.get(), entries, sizeof entries)) > 0)
+    count += processesAmong(entries, bytes);
+  return bytes == 0 ? count : unknown;
 }
 
 } // namespace Zarel

@@ -7,6 +7,7 @@ namespace Zarel {
 namespace {
 
 constexpr std::uint32_t largestCharacter = 0x10FFFF;
+constexpr std::uint32_t replacement = 0xFFFD;
 
 bool isHighSurrogate(std::uint32_t c) {
   return c >= 0xD800 && c <= 0xDBFF;
@@ -108,7 +109,7 @@ std::string toUtf8(std::wstring_view text) {
     if (isStrayByte(c))
       narrow.push_back(static_cast<char>(c - 0xDC00));
     else
-      encode(c, narrow);
+      encode(c <= largestCharacter ? c : replacement, narrow);
   }
   return narrow;
 }

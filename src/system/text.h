@@ -11,7 +11,7 @@ namespace Zarel {
 // same bytes of them: any file name survives the way there and back.
 std::wstring toWide(std::string_view text);
 
-// Surrogate pairs become the character that they stand for.
+// Surrogate pairs become the character that they stand for, values that are none U+FFFD.
 std::string toUtf8(std::wstring_view text);
 
 } // namespace Zarel

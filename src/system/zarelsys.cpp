@@ -7,6 +7,7 @@
 #include <new>
 #include <strings.h>
 #include <unistd.h>
+#include <utility>
 
 #include "system/calls.h"
 #include "system/text.h"
@@ -34,11 +35,13 @@ int statusOf(const wchar_t* path, struct stat& status) {
   return withPath(path, [&](const char* name) { return systemCalls().stat(name, &status); });
 }
 
-// The thread's wide copy of a variable of the environment.
+// The thread's wide copy of a variable of the environment. It stays where it is while the value
+// does: a caller may still hold it.
 wchar_t* wideCopyOf(const char* name, const char* value) {
   thread_local std::map<std::string, std::wstring> copies;
   std::wstring& copy = copies[name];
-  copy = Zarel::toWide(value);
+  std::wstring wide = Zarel::toWide(value);
+  if (copy != wide) copy = std::move(wide);
   return copy.data();
 }
 

@@ -1,7 +1,9 @@
-// Owned descriptors, temporary files and mapped ranges.
+// Owned descriptors, names for temporary files and mapped ranges.
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <set>
+#include <string_view>
 #include <sys/mman.h>
 
 #include <gmock/gmock.h>
@@ -32,7 +34,7 @@ protected:
 };
 
 using MappingTest = DescriptorTest;
-using TemporaryFile = DescriptorTest;
+using TemporaryName = DescriptorTest;
 
 TEST_F(DescriptorTest, ClosesItself) {
   int fd = -1;
@@ -89,107 +91,72 @@ TEST_F(DescriptorTest, StartedProgramsInheritNothing) {
   EXPECT_EQ(fcntl(file.get(), F_GETFD), FD_CLOEXEC);
 }
 
-TEST_F(DescriptorTest, ReservesSpaceAndKeepsBytes) {
-  const Descriptor file = openDescriptor(name(), O_RDWR);
-
-  EXPECT_EQ(reserveSpace(file.get(), 0), 0);
-  EXPECT_EQ(reserveSpace(file.get(), 4), 0);
-  EXPECT_EQ(support::bytesOf(name()), "0123456789") << "never shorter";
-  EXPECT_EQ(reserveSpace(file.get(), 100000), 0);
-
-  EXPECT_EQ(support::bytesOf(name()), "0123456789" + std::string(99990, '\0'));
-  struct stat status;
-  ASSERT_EQ(fstat(file.get(), &status), 0);
-  EXPECT_GE(status.st_blocks * 512, 100000);
-}
-
-TEST_F(DescriptorTest, ReservingReportsAFullDisk) {
-  const Descriptor file = openDescriptor(name(), O_RDWR);
-  {
-    const FailingCall failing(1, "fallocate", ENOSPC);
-    EXPECT_EQ(reserveSpace(file.get(), 100), -1);
-    EXPECT_EQ(errno, ENOSPC);
-  }
-  const FailingCall interrupted(1, "fallocate", EINTR);
-  EXPECT_EQ(reserveSpace(file.get(), 100), 0);
-}
-
-TEST_F(DescriptorTest, ReservingReportsTheSystemsRefusal) {
-  const Descriptor reader = openDescriptor(name(), O_RDONLY);
-  EXPECT_EQ(reserveSpace(reader.get(), 100), -1);
-  EXPECT_EQ(errno, EBADF);
-  const Descriptor file = openDescriptor(name(), O_RDWR);
-  EXPECT_EQ(reserveSpace(file.get(), -1), -1);
-  EXPECT_EQ(errno, EINVAL);
-}
-
-TEST_F(DescriptorTest, TransfersAtAnOffsetLeaveThePosition) {
-  const Descriptor file = openDescriptor(name(), O_RDWR);
-  char buffer[4] = {};
-
-  EXPECT_EQ(readFullyAt(file.get(), buffer, 4, 3), 4u);
-  EXPECT_EQ(std::string(buffer, 4), "3456");
-  EXPECT_EQ(writeFullyAt(file.get(), "ab", 2, 9), 2u);
-  EXPECT_EQ(support::bytesOf(name()), "012345678ab");
-  EXPECT_EQ(readFullyAt(file.get(), buffer, 4, 9), 2u) << "the file ends";
-  EXPECT_EQ(lseek(file.get(), 0, SEEK_CUR), 0);
-}
-
-TEST_F(DescriptorTest, TransfersAtAnOffsetGoOnUntilAllIsDone) {
-  const Descriptor file = openDescriptor(name(), O_RDWR);
-  const OwnSystemCalls own;
-  systemCalls().pread = [](int fd, void* to, size_t, off_t at) { return ::pread(fd, to, 1, at); };
-  systemCalls().pwrite = [](int fd, const void* from, size_t, off_t at) {
-    return ::pwrite(fd, from, 1, at);
-  };
-  char buffer[4] = {};
-
-  EXPECT_EQ(writeFullyAt(file.get(), "wxyz", 4, 2), 4u);
-  EXPECT_EQ(readFullyAt(file.get(), buffer, 4, 1), 4u);
-  EXPECT_EQ(std::string(buffer, 4), "1wxy");
-}
-
-TEST_F(TemporaryFile, IsNewAndItsOwnersAlone) {
-  std::string path;
-  const Descriptor file = createTemporary(directory.path(), "ZRLVS", path);
-
-  ASSERT_TRUE(file);
-  EXPECT_THAT(path, testing::StartsWith(directory.file("ZRLVS")));
-  struct stat status;
-  ASSERT_EQ(stat(path.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 07777, 0600u);
-  EXPECT_EQ(fcntl(file.get(), F_GETFD), FD_CLOEXEC);
-  EXPECT_EQ(fcntl(file.get(), F_GETFL) & O_ACCMODE, O_RDWR);
-}
-
-TEST_F(TemporaryFile, TakesAnotherNameWhereOneIsTaken) {
-  std::string path;
-  {
-    const FailingCall taken(1, "open", EEXIST);
-    EXPECT_TRUE(createTemporary(directory.path(), "p", path));
-  }
-  const OwnSystemCalls own;
-  systemCalls().open = [](const char*, int flags, mode_t) {
-    EXPECT_EQ(flags & (O_CREAT | O_EXCL), O_CREAT | O_EXCL);
-    return errno = EEXIST, -1;
-  };
-  EXPECT_FALSE(createTemporary(directory.path(), "p", path)) << "not for ever";
-}
-
-TEST_F(TemporaryFile, FailsWithTheSystem) {
-  std::string path;
-  EXPECT_FALSE(createTemporary("/nowhere/at/all", "p", path));
-  EXPECT_EQ(errno, ENOENT);
-}
-
-TEST_F(TemporaryFile, UnusedPathIsNotThere) {
+TEST_F(TemporaryName, StandsInTheDirectoryAndNothingUnderIt) {
   EXPECT_THAT(unusedPath(directory.path(), "p"), testing::StartsWith(directory.file("p")));
+  EXPECT_THAT(unusedPath(directory.path() + "/", "p"), testing::StartsWith(directory.file("p")));
+  EXPECT_THAT(unusedPath("/", "p"), testing::StartsWith("/p"));
+  EXPECT_EQ(unusedPath("", "p").front(), '/');
+}
+
+TEST_F(TemporaryName, IsTriedAgainWhereOneIsTakenButNotForEver) {
+  static int taken;
   const OwnSystemCalls own;
   systemCalls().stat = [](const char* path, struct stat* status) {
-    return ::stat(path[0] == '/' ? "/" : path, status);
+    return ::stat(taken-- > 0 ? "/" : path, status);
   };
+  taken = 3;
+  EXPECT_THAT(unusedPath(directory.path(), "p"), testing::StartsWith(directory.file("p")));
+  EXPECT_EQ(taken, -1);
+  taken = 1000000;
   EXPECT_EQ(unusedPath(directory.path(), "p"), "") << "every name is taken";
   EXPECT_EQ(errno, EEXIST);
+}
+
+// Of 32 letters, 1000 draws leave out none but by a chance of 1e-12, and of their 1024 pairs they
+// take about 640; characters that hang together take far fewer.
+TEST_F(TemporaryName, EndsInTwelveCharactersThatNobodyGuesses) {
+  std::set<char> letters[12];
+  std::set<std::string> pairs[11];
+  for (int k = 0; k < 1000; ++k) {
+    const std::string name = unusedPath(directory.path(), "p");
+    const std::string end = name.substr(directory.file("p").size());
+    ASSERT_EQ(end.size(), 12u);
+    for (size_t at = 0; at < 12; ++at) {
+      letters[at].insert(end[at]);
+      if (at < 11) pairs[at].insert(end.substr(at, 2));
+    }
+  }
+  for (const auto& seen : letters)
+    EXPECT_GE(seen.size(), 28u);
+  for (const auto& seen : pairs)
+    EXPECT_GE(seen.size(), 500u);
+}
+
+TEST_F(TemporaryName, DirectoryIsOneThatMayBeWrittenTo) {
+  const support::Environment tmpdir("TMPDIR", directory.path().c_str());
+  EXPECT_EQ(temporaryDirectory("/"), directory.path());
+  static int asked;
+  const OwnSystemCalls own;
+  systemCalls().access = [](const char* path, int mode) {
+    asked = mode;
+    return path == std::string_view("/") ? 0 : -1;
+  };
+  EXPECT_EQ(temporaryDirectory("/"), "/");
+  EXPECT_EQ(asked, W_OK | X_OK) << "files are made in it, and opened";
+}
+
+TEST_F(TemporaryName, DirectoryIsNoFile) {
+  ASSERT_EQ(chmod(name().c_str(), 0700), 0);
+  const support::Environment tmpdir("TMPDIR", name().c_str());
+  EXPECT_EQ(temporaryDirectory(directory.path()), directory.path());
+  const OwnSystemCalls own;
+  systemCalls().stat = [](const char*, struct stat* status) {
+    status->st_mode = S_IFREG | 0700;
+    return 0;
+  };
+  errno = 0;
+  EXPECT_EQ(temporaryDirectory(directory.path()), "");
+  EXPECT_EQ(errno, ENOENT);
 }
 
 TEST_F(MappingTest, ShowsAndChangesTheFile) {
@@ -220,7 +187,13 @@ TEST_F(MappingTest, MovesAndIsGivenAway) {
   Mapping two = mapFile(file.get(), 0, 5, false);
   char* const address = two.data();
 
+  const auto former = systemCalls().munmap;
+  static void* unmapped;
+  systemCalls().munmap = [](void* at, size_t bytes) { return unmapped = at, ::munmap(at, bytes); };
+  char* const first = one.data();
   one = std::move(two);
+  systemCalls().munmap = former;
+  EXPECT_EQ(unmapped, first);
   EXPECT_EQ(one.data(), address);
   EXPECT_EQ(one.size(), 5u);
   EXPECT_FALSE(two);
@@ -244,6 +217,7 @@ TEST_F(MappingTest, TellsOfFailingCalls) {
   const FailingCall failing(1, "munmap", EINVAL);
   EXPECT_EQ(map.unmap(), -1);
   EXPECT_TRUE(map) << "it is still there";
+  EXPECT_EQ(map.size(), 10u);
   EXPECT_EQ(map.unmap(), 0);
   EXPECT_EQ(map.unmap(), 0);
   EXPECT_FALSE(map);

@@ -52,6 +52,65 @@ TEST(Text, SurrogatePairsAreOneCharacter) {
   EXPECT_EQ(toUtf8(std::wstring{wchar_t(0xD83D), L'x'}).size(), 4u) << "no pair";
 }
 
+TEST(Text, HalvesOfPairsAreCharactersOfTheirOwn) {
+  const std::string high = "\xed\xa0\x80", low = "\xed\xbf\xbf";
+  EXPECT_EQ(toUtf8(std::wstring{wchar_t(0xD800)}), high);
+  EXPECT_EQ(toUtf8(std::wstring{wchar_t(0xD800), wchar_t(0xD800), L'x'}), high + high + "x");
+  EXPECT_EQ(toUtf8(std::wstring{wchar_t(0xDFFF), wchar_t(0xD800)}), low + high);
+}
+
+TEST(Text, EveryPairIsTheCharacterThatItStandsFor) {
+  for (wchar_t c = 0x10000; c <= 0x10FFFF; ++c) {
+    const std::wstring pair = {wchar_t(0xD800 + ((c - 0x10000) >> 10)),
+                               wchar_t(0xDC00 + (c & 0x3FF))};
+    ASSERT_EQ(toUtf8(pair), toUtf8(std::wstring{c})) << std::hex << int(c);
+  }
+}
+
+TEST(Text, ValuesThatAreNoCharactersAreReplaced) {
+  for (const wchar_t value :
+       {wchar_t(0x110000), wchar_t(0x200041), wchar_t(0x7FFFFFFF), wchar_t(-1)})
+    EXPECT_EQ(toUtf8(std::wstring{value, L'x'}), "\xef\xbf\xbdx");
+}
+
+// After the table of RFC 3629, section 4.
+bool isOneCharacter(const std::string& bytes) {
+  const auto in = [&](size_t at, int from, int to) {
+    const int byte = static_cast<unsigned char>(bytes[at]);
+    return byte >= from && byte <= to;
+  };
+  const auto tail = [&](size_t from) {
+    bool all = true;
+    for (size_t at = from; at < bytes.size(); ++at)
+      all = all && in(at, 0x80, 0xBF);
+    return all;
+  };
+  switch (bytes.size()) {
+  case 1:
+    return in(0, 0, 0x7F);
+  case 2:
+    return in(0, 0xC2, 0xDF) && tail(1);
+  case 3:
+    return tail(2) && ((in(0, 0xE0, 0xE0) && in(1, 0xA0, 0xBF)) || (in(0, 0xE1, 0xEC) && tail(1)) ||
+                       (in(0, 0xED, 0xED) && in(1, 0x80, 0x9F)) || (in(0, 0xEE, 0xEF) && tail(1)));
+  default:
+    return tail(2) && ((in(0, 0xF0, 0xF0) && in(1, 0x90, 0xBF)) || (in(0, 0xF1, 0xF3) && tail(1)) ||
+                       (in(0, 0xF4, 0xF4) && in(1, 0x80, 0x8F)));
+  }
+}
+
+TEST(Text, OnlyUtf8IsReadAsOneCharacterAndAllBytesSurvive) {
+  const std::string ends[] = {"",         "\x7f",     "\x80",     "\xbf",    "\xc0",
+                              "\x80\x80", "\xbf\xbf", "\x80\x7f", "\xc0\x80"};
+  for (int first = 0; first < 256; ++first)
+    for (int second = 0; second < 256; ++second)
+      for (const std::string& end : ends) {
+        const std::string bytes = std::string{char(first), char(second)} + end;
+        ASSERT_EQ(toWide(bytes).size() == 1, isOneCharacter(bytes)) << first << " " << second;
+        ASSERT_EQ(toUtf8(toWide(bytes)), bytes);
+      }
+}
+
 TEST(Text, BytesThatAreNoUtf8Survive) {
   // Stray followers, overlong forms, surrogates, cut ends and values beyond the last character.
   for (const std::string bytes : {"\x80", "a\xff", "\xc0\xaf", "\xe0\x80\x80", "\xed\xa0\x80",
@@ -83,8 +142,10 @@ TEST(Files, TellWhatIsLeft) {
   EXPECT_EQ(bytesLeft(fd), 10);
   lseek(fd, 7, SEEK_SET);
   EXPECT_EQ(bytesLeft(fd), 3);
-  lseek(fd, 70, SEEK_SET);
-  EXPECT_EQ(bytesLeft(fd), 0);
+  for (const off_t behind : {10, 11, 70}) {
+    lseek(fd, behind, SEEK_SET);
+    EXPECT_EQ(bytesLeft(fd), 0);
+  }
   EXPECT_EQ(bytesLeft(ends[0]), -1);
   EXPECT_EQ(bytesLeft(-1), -1);
 
@@ -105,22 +166,26 @@ TEST(Files, SplitNames) {
   EXPECT_EQ(withoutExtension(L"c.tar.gz"), L"c.tar");
 }
 
+TEST(Files, DevicesHaveNoBytesLeftToTell) {
+  const int device = open("/dev/zero", O_RDONLY);
+  EXPECT_EQ(bytesLeft(device), -1);
+  close(device);
+}
+
+TEST(Files, SharedOnesAreClosedInStartedPrograms) {
+  const support::TempDirectory directory;
+  for (const char* mode : {"w", "a", "r+b", "r"}) {
+    FILE* const file = openShared(directory.file("shared"), mode);
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(fcntl(fileno(file), F_GETFD), FD_CLOEXEC) << mode;
+    fclose(file);
+  }
+}
+
 TEST(Files, SharedOpenFailsWithErrno) {
   errno = 0;
   EXPECT_EQ(openShared("/nowhere/at/all", "w"), nullptr);
   EXPECT_EQ(errno, ENOENT);
-}
-
-TEST(Calls, EndOfFileEndsATransfer) {
-  const support::TempDirectory directory;
-  support::writeBytes(directory.file("data"), "abc");
-  const int fd = systemCalls().open(directory.file("data").c_str(), O_RDONLY, 0);
-  char buffer[8];
-
-  EXPECT_EQ(readFully(fd, buffer, 8), 3u);
-  EXPECT_EQ(writeFully(fd, buffer, 3), 0u) << "opened for reading";
-
-  close(fd);
 }
 
 std::string shown;

@@ -1,10 +1,12 @@
 // The services of the system under one name.
 #include <cerrno>
 #include <climits>
+#include <clocale>
 #include <cmath>
 #include <cstring>
 #include <fcntl.h>
 #include <string>
+#include <thread>
 #include <utime.h>
 
 #include <gmock/gmock.h>
@@ -76,6 +78,21 @@ TEST_F(Paths, AccessTestsForExistenceAndRights) {
   errno = 0;
   EXPECT_EQ(zarel_access(file("none").c_str(), 0), -1);
   EXPECT_EQ(errno, ENOENT);
+}
+
+// Whoever runs the tests may have all rights.
+TEST_F(Paths, AccessAsksForTheModeGiven) {
+  static int asked;
+  const OwnSystemCalls own;
+  Zarel::systemCalls().access = [](const char*, int mode) {
+    asked = mode;
+    return errno = EACCES, -1;
+  };
+  for (const int mode : {0, 2, 4, 6}) {
+    EXPECT_EQ(zarel_access(file("plain").c_str(), mode), -1);
+    EXPECT_EQ(asked, mode);
+    EXPECT_EQ(errno, EACCES);
+  }
 }
 
 TEST_F(Paths, RenameTakesThePlaceOfAFile) {
@@ -202,6 +219,27 @@ TEST(EnvironmentText, StaysWhileOthersAreAskedFor) {
   EXPECT_STREQ(second, L"2");
 }
 
+TEST(EnvironmentText, StaysWhileItsValueDoes) {
+  const support::Environment set("ZAREL_TEST_LONG", "a value that needs a block");
+  const wchar_t* const text = zarel_wgetenv(L"ZAREL_TEST_LONG");
+
+  EXPECT_EQ(zarel_wgetenv(L"ZAREL_TEST_LONG"), text) << "the same text for the same question";
+  EXPECT_STREQ(text, L"a value that needs a block");
+
+  const support::Environment changed("ZAREL_TEST_LONG", "another");
+  EXPECT_STREQ(zarel_wgetenv(L"ZAREL_TEST_LONG"), L"another");
+}
+
+TEST(EnvironmentText, BelongsToTheThread) {
+  const support::Environment set("ZAREL_TEST_THREAD", "a value that needs a block");
+  const wchar_t* const here = zarel_wgetenv(L"ZAREL_TEST_THREAD");
+  const wchar_t* there = nullptr;
+  std::thread([&] { there = zarel_wgetenv(L"ZAREL_TEST_THREAD"); }).join();
+
+  EXPECT_NE(there, here);
+  EXPECT_STREQ(here, L"a value that needs a block");
+}
+
 TEST(EnvironmentText, WithoutMemoryIsNull) {
   const support::Environment set("ZAREL_TEST_MEMORY_OF_A_LONG_NAME", "a value that needs a block");
   EXPECT_GT(support::forEachFailingAllocation([] {
@@ -243,6 +281,16 @@ TEST(NewTexts, ConvertBothWays) {
   EXPECT_EQ(taken(zarel_Tchar2char(L"")), "");
   EXPECT_EQ(zarel_char2Tchar(nullptr), nullptr);
   EXPECT_EQ(zarel_Tchar2char(nullptr), nullptr);
+}
+
+TEST(NewTexts, DoNotDependOnTheLocale) {
+  const std::string former = std::setlocale(LC_ALL, nullptr);
+  for (const char* locale : {"C", "C.UTF-8"}) {
+    ASSERT_NE(std::setlocale(LC_ALL, locale), nullptr) << locale;
+    EXPECT_EQ(taken(zarel_char2Tchar("mod\xc3\xa8le")), L"mod\u00e8le");
+    EXPECT_EQ(taken(zarel_Tchar2char(L"mod\u00e8le")), "mod\xc3\xa8le");
+  }
+  std::setlocale(LC_ALL, former.c_str());
 }
 
 TEST(NewTexts, BytesThatAreNoUtf8ComeBack) {
