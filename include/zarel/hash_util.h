@@ -6,7 +6,8 @@
  * copied into the table; values are pointers that stay the caller's.
  *
  * Results are 0, and -1 on failure, but for hashSearch, whose -1 means that the key was found. No
- * memory reports message 3123 through `Erreur`, a missing table 3122, a missing key 3126.
+ * memory reports message 3123 through `Erreur`, a missing table 3122, a missing key 3126, a missing
+ * file to print on 2500, and one that does not take what is printed 1003.
  *
  * Threads: one thread at a time in a table.
  */
@@ -37,8 +38,8 @@ typedef struct HashTable {
 
 /**
  * Creates an empty table in `*out`, which is null on failure. The number of buckets is the first
- * prime from `size` upward, where 1 counts as one and 2 does not: 0 gives 1, 2 gives 3, 10 gives
- * 11. A negative size gives -1.
+ * prime from `size` upward, where 1 counts as one and 2 does not: 0 and 1 give 1, 2 gives 3, 10
+ * gives 11. For a negative size there is no memory.
  */
 ZAREL_API int hashCreate(int size, HashTable** out);
 
@@ -60,13 +61,14 @@ ZAREL_API int hashDestroy(HashTable* table);
 
 /**
  * Prints a title, as it stands, unless it is null, the statistics, an empty line and every node of
- * every bucket. -1 for a null file.
+ * every bucket. -1 for a null file, for one that does not take it, or if there is no memory.
  */
 ZAREL_API int hashDump(FILE* file, const char* title, const HashTable* table);
 
 /**
  * Prints how many buckets are empty, how many chains there are of each length, and mean and
- * standard deviation of the lengths of all buckets. -1 for a null file or if there is no memory.
+ * standard deviation of the lengths of all buckets. -1 for a null file, for one that does not take
+ * it, or if there is no memory; then nothing is printed.
  */
 ZAREL_API int hashStatistics(FILE* file, const HashTable* table);
 

@@ -15,7 +15,8 @@
  * Results: `int` functions that change a list, print or use a file return 0, and -1 on failure;
  * a failed insertion leaves the list as it was. Functions with `int* error` store 0 or -1 there
  * unless it is null. No memory reports message 1001 through `Erreur`, a missing argument 2500, a
- * missing stream to read from 2005, a failing flush 1003 with the system's text.
+ * missing stream to read from or a negative count of nodes in it 2005, a failing flush 1003 with
+ * the system's text, and a stream that does not take what is printed 1003.
  *
  * Files: an `int` count, then for each node its `int` type and its object
  * (docs/formats/collections.md).
@@ -98,7 +99,8 @@ ZAREL_API int LIS_ins_fin(LIS** list, void* object, int type);
  * whether it did: 1 or 0. */
 ZAREL_API int LIS_ins_fin_unique(LIS** list, void* object, int type, int* inserted,
                                  LIS_COMPARE compare);
-/** Links the nodes of `other`, the start of another list, behind the last one. */
+/** Links the nodes of `other`, the start of another list, behind the last one. Nodes that both
+ * lists have are a missing argument. */
 ZAREL_API int LIS_append(LIS** list, LIS* other);
 
 /** Searches the first object that matches `key` and stores its node, or null, in `*where` unless
@@ -135,10 +137,10 @@ ZAREL_API int LIS_sup_objet(LIS** list, const void* key, LIS_COMPARE compare, LI
 ZAREL_API LIS* LIS_copier(const LIS* list, LIS_COPY copy, int* error);
 /** Frees all nodes and objects; `*list` becomes null. Null does nothing. */
 ZAREL_API void LIS_free(LIS** list, LIS_FREE free);
-/** Prints all objects. -1 for a null function or file. */
+/** Prints all objects. -1 for a null function or file, and for a file that does not take them. */
 ZAREL_API int LIS_print(const LIS* list, LIS_PRINT print, FILE* file);
 /** Reads nodes and inserts them at the end. After a failure the list has the nodes that were read
- * before. */
+ * before; a negative count is one. */
 ZAREL_API int LIS_binput(FILE* stream, LIS** list, LIS_READ read);
 /** Writes the nodes of a type (-1: all) and flushes the stream. */
 ZAREL_API int LIS_boutput(FILE* stream, const LIS* list, LIS_WRITE write, int type);
@@ -167,7 +169,7 @@ ZAREL_API int LTE_ins_fin_unique(LTE* head, void* object, int type, int* inserte
 /**
  * Links the nodes of `other` behind the last one. The head `other` stays as it is and its caller's;
  * as its nodes now belong to `head`, release it with `zarelmem_free` and not with LTE_free. The
- * list itself as `other` is a missing argument.
+ * list itself as `other` is a missing argument, and so is a head whose nodes were appended before.
  */
 ZAREL_API int LTE_append(LTE* head, const LTE* other);
 

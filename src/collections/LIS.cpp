@@ -82,13 +82,14 @@ int LIS_ins_fin_unique(LIS** list, void* object, int type, int* inserted, LIS_CO
 
 int LIS_append(LIS** list, LIS* other) {
   if (!list) return reported(argumentMissing);
-  LIS* const last = lastOf(*list);
-  if (!last) {
-    *list = other;
-  } else if (other) {
-    if (other == *list) return reported(argumentMissing);
+  if (!other) return 0;
+  if (LIS* const last = lastOf(*list)) {
+    // Chains that share a node share their end: linked, they would go round for ever.
+    if (last == lastOf(other)) return reported(argumentMissing);
     last->next = other;
     other->previous = last;
+  } else {
+    *list = other;
   }
   return 0;
 }

@@ -51,6 +51,11 @@ int removed(LTE* head, LIS* node, LIS_FREE free) {
   return 0;
 }
 
+// Whether the nodes of `other` have been appended to a list, `head` or another one.
+bool isLinkedOn(const LTE& other, const LTE& head) {
+  return other.first == head.first || other.first->previous != nullptr;
+}
+
 // Every search leaves its result as the current node.
 LIS* nowCurrent(LTE* head, LIS* node) {
   if (head) head->current = node;
@@ -103,6 +108,7 @@ int LTE_ins_fin_unique(LTE* head, void* object, int type, int* inserted, LIS_COM
 int LTE_append(LTE* head, const LTE* other) {
   if (!head || head == other) return reported(argumentMissing);
   if (!firstOf(other)) return 0;
+  if (isLinkedOn(*other, *head)) return reported(argumentMissing);
   if (head->last) {
     head->last->next = other->first;
     other->first->previous = head->last;

@@ -11,6 +11,7 @@
 #include <zarel/zarelsys.h>
 
 #include "collections/report.h"
+#include "runtime/fail.h"
 
 using namespace Zarel;
 
@@ -107,17 +108,16 @@ std::vector<int> bucketsByLength(const HashTable& table) {
 }
 
 void printMoments(FILE* file, const std::vector<int>& counts, int buckets) {
-  double sum = 0;
-  double squares = 0;
-  for (size_t length = 0; length < counts.size(); ++length) {
-    const double value = static_cast<double>(length);
-    sum += counts[length] * value;
-    squares += counts[length] * value * value;
-  }
-  const double mean = sum / buckets;
-  const double variance = squares / buckets - mean * mean;
+  const auto meanOf = [&](auto term) {
+    double sum = 0;
+    for (size_t length = 0; length < counts.size(); ++length)
+      sum += counts[length] * term(static_cast<double>(length));
+    return buckets > 0 ? sum / buckets : 0;
+  };
+  const double mean = meanOf([](double length) { return length; });
+  const double variance = meanOf([=](double length) { return (length - mean) * (length - mean); });
   std::fprintf(file, "\nMean bucket length = %G\n", mean);
-  std::fprintf(file, "\nStandard deviation = %G\n", std::sqrt(variance > 0 ? variance : 0));
+  std::fprintf(file, "\nStandard deviation = %G\n", std::sqrt(variance));
 }
 
 void printStatistics(FILE* file, const HashTable& table) {
@@ -207,22 +207,22 @@ int hashDestroy(HashTable* table) {
 int hashDump(FILE* file, const char* title, const HashTable* table) {
   if (!file) return reported(argumentMissing);
   if (title) std::fputs(title, file);
-  if (hashStatistics(file, table) != 0) return -1;
+  if (hashStatistics(file, table) != 0) return traced();
   std::fputc('\n', file);
   for (int k = 0; table && k < table->size; ++k)
     printBucket(file, k, table->buckets[k]);
-  return 0;
+  return printedOn(file);
 }
 
 int hashStatistics(FILE* file, const HashTable* table) {
   if (!file) return reported(argumentMissing);
   if (!table) {
     std::fputs("-- Null Hash Table --\n", file);
-    return 0;
+    return printedOn(file);
   }
   try {
     printStatistics(file, *table);
-    return 0;
+    return printedOn(file);
   } catch (const std::bad_alloc&) {
     return reported(noMemoryForTable);
   }

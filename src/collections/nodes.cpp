@@ -101,14 +101,14 @@ int writeNodes(FILE* stream, const LIS* first, LIS_WRITE write, int type, const 
   if (BF_fwrite_int(stream, &count, 1) != 0) return traced();
   for (; first; first = first->next)
     if (wanted(*first) && writeNode(stream, *first, write) != 0) return traced();
-  return std::fflush(stream) == 0 ? 0 : reported(flushFailed, std::strerror(errno), function);
+  return std::fflush(stream) == 0 ? 0 : reported(writeFailed, std::strerror(errno), function);
 }
 
 int printNodes(const LIS* first, LIS_PRINT print, FILE* file, const char* function) {
   if (!print || !file) return reported(argumentMissing, "", function);
   for (; first; first = first->next)
     print(first->object, file);
-  return 0;
+  return printedOn(file, function);
 }
 
 } // namespace Zarel

@@ -15,7 +15,7 @@ const char* plainText(CollectionMessage message) {
   switch (message) {
   case noMemory:
     return "Not enough memory for a list";
-  case flushFailed:
+  case writeFailed:
     return "Write error";
   case nothingToRead:
     return "There is no list to read";
@@ -54,6 +54,10 @@ int reported(CollectionMessage message, const char* detail, const char* function
   } catch (const std::bad_alloc&) {
   }
   return -1;
+}
+
+int printedOn(FILE* file, const char* function) {
+  return std::ferror(file) ? reported(writeFailed, "", function) : 0;
 }
 
 } // namespace Zarel

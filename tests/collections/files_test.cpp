@@ -154,8 +154,38 @@ TEST_F(ListFile, FailuresAreThoseOfTheFunctionCalled) {
   EXPECT_EQ(blamed(), (Texts{"LIS_binput", "LTE_binput"}));
 }
 
+TEST_F(ListFile, ObjectsThatAreNotThereEndTheReading) {
+  hold(hex(threeTexts));
+  static int left;
+  left = 1;
+  const LIS_READ readOnce = [](FILE* stream, int* error) -> void* {
+    if (left-- > 0) return readText(stream, error);
+    *error = -1;
+    return nullptr;
+  };
+  LIS* nodes = nullptr;
+  const auto before = zarel_sum_memsize();
+
+  EXPECT_EQ(LIS_binput(file, &nodes, readOnce), -1);
+
+  EXPECT_EQ(textsOf(nodes), Texts{"ab"});
+  LIS_free(&nodes, LIS_free_str);
+  EXPECT_EQ(zarel_sum_memsize(), before) << "nor is there a node without its object";
+}
+
+TEST_F(ListFile, ObjectsThatAreNotWrittenAreAFailure) {
+  static int left;
+  left = 1;
+  const LIS_WRITE writeOnce = [](FILE* stream, const void* object) {
+    return left-- > 0 ? writeText(stream, object) : -1;
+  };
+
+  EXPECT_EQ(LTE_boutput(file, list, writeOnce, -1), -1);
+  EXPECT_EQ(bytes(), hex("03000000 01000000 02000000 6162 02000000"));
+}
+
 TEST_F(ListFile, WithoutMemoryReadsWhatCameBefore) {
-  const long failures = support::forEachFailingAllocation([&] {
+  const long failures = failuresWithoutLoss([&] {
     {
       const support::Unharmed unharmed;
       hold(hex(threeTexts));

@@ -54,6 +54,32 @@ inline Texts textsOf(const LIS* node) {
   return texts;
 }
 
+// A stream that takes nothing: what is printed on it fails at once.
+class FullStream {
+public:
+  FullStream() : _file(std::fopen("/dev/full", "w")) { std::setvbuf(_file, nullptr, _IONBF, 0); }
+  ~FullStream() { std::fclose(_file); }
+  FullStream(const FullStream&) = delete;
+  FullStream& operator=(const FullStream&) = delete;
+
+  FILE* get() const { return _file; }
+
+private:
+  FILE* _file;
+};
+
+// Lets each allocation of `operation` fail in turn and expects that no run of it leaves a block
+// behind. Returns how many failed.
+template <class Operation>
+long failuresWithoutLoss(Operation operation) {
+  const auto before = zarel_sum_memsize();
+  return support::forEachFailingAllocation([&] {
+    operation();
+    const support::Unharmed unharmed;
+    EXPECT_EQ(zarel_sum_memsize(), before);
+  });
+}
+
 // Whether the links of a chain agree in both directions.
 inline bool isSound(const LIS* first) {
   if (first && first->previous) return false;

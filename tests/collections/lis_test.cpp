@@ -1,4 +1,7 @@
 // Lists of bare nodes.
+#include <climits>
+#include <cmath>
+#include <cstddef>
 #include <cstring>
 
 #include "collections/fixture.h"
@@ -85,6 +88,21 @@ TEST_F(Lis, AppendsTheNodesOfAnother) {
   EXPECT_EQ(at(1), more) << "no copy";
 }
 
+// Linked, they would go round for ever.
+TEST_F(Lis, ListsThatShareNodesAreNotAppended) {
+  hold({"a", "b", "c"});
+  LIS* tail = at(1);
+
+  EXPECT_EQ(LIS_append(&list, at(0)), -1);
+  EXPECT_EQ(LIS_append(&list, at(1)), -1);
+  EXPECT_EQ(LIS_append(&list, at(2)), -1);
+  EXPECT_EQ(LIS_append(&tail, list), -1) << "the other way round";
+
+  EXPECT_EQ(textsOf(list), (Texts{"a", "b", "c"}));
+  EXPECT_TRUE(isSound(list));
+  EXPECT_EQ(errors(), Texts(4, "An argument is missing"));
+}
+
 TEST_F(Lis, SearchesByKeyNodeObjectIndexAndType) {
   hold({"a", "b", "c", "b"});
   LIS* where = nullptr;
@@ -108,6 +126,7 @@ TEST_F(Lis, SearchesByKeyNodeObjectIndexAndType) {
   EXPECT_EQ(at(3)->type, 3);
   EXPECT_EQ(at(4), nullptr);
   EXPECT_EQ(at(-1), nullptr);
+  EXPECT_EQ(at(INT_MIN), nullptr);
 
   EXPECT_EQ(LIS_chercher_type(list, 2), at(2));
   EXPECT_EQ(LIS_chercher_type(list, -1), list) << "any type";
@@ -166,6 +185,17 @@ TEST_F(Lis, NullListOrNodeIsReported) {
   EXPECT_EQ(LIS_print(list, LIS_print_str, nullptr), -1);
 
   EXPECT_EQ(errors(), Texts(8, "An argument is missing"));
+}
+
+TEST_F(Lis, PrintsThatFailAreReported) {
+  const FullStream full;
+  hold({"a"});
+
+  EXPECT_EQ(LIS_print(nullptr, LIS_print_str, full.get()), 0) << "nothing was printed yet";
+  EXPECT_EQ(LIS_print(list, LIS_print_str, full.get()), -1);
+
+  EXPECT_THAT(noting.lines, testing::Contains(testing::StartsWith("0 8 0 LIS_print()")));
+  EXPECT_EQ(errors(), Texts{"Write error"});
 }
 
 TEST_F(Lis, RemovesTheFirstObjectThatMatches) {
@@ -235,11 +265,15 @@ TEST_F(Lis, ReadyMadeFunctionsCompare) {
   EXPECT_NE(LIS_cmp_int(&one, &otherOne), 0);
   EXPECT_EQ(LIS_cmp_int(&one, &two), 0);
 
-  const double real = 1.0, close = 1.0 + 1e-15, apart = 1.0 + 2e-14;
+  const double real = 1.0, close = 1.0 + 1e-15;
   EXPECT_NE(LIS_cmp_db(&real, &close), 0);
   EXPECT_NE(LIS_cmp_db(&close, &real), 0);
-  EXPECT_EQ(LIS_cmp_db(&real, &apart), 0);
-  EXPECT_EQ(LIS_cmp_db(&apart, &real), 0);
+  const double zero = 0, below = std::nextafter(1e-14, 0), apart = 1e-14, nan = std::nan("");
+  EXPECT_NE(LIS_cmp_db(&zero, &below), 0);
+  EXPECT_NE(LIS_cmp_db(&below, &zero), 0);
+  EXPECT_EQ(LIS_cmp_db(&zero, &apart), 0) << "not below";
+  EXPECT_EQ(LIS_cmp_db(&apart, &zero), 0);
+  EXPECT_EQ(LIS_cmp_db(&nan, &nan), 0) << "no difference is no small one";
 
   EXPECT_NE(LIS_cmp_str("ab", "ab"), 0);
   EXPECT_EQ(LIS_cmp_str("ab", "abc"), 0);
@@ -281,6 +315,21 @@ TEST_F(Lis, CreationWithoutMemoryIsReported) {
     EXPECT_EQ(LIS_copy_int(&error, &error), nullptr);
   }
   EXPECT_EQ(error, -1);
+  error = 0;
+  {
+    const support::FailingAllocation failing(1);
+    EXPECT_EQ(LIS_copy_str("text", &error), nullptr);
+  }
+  EXPECT_EQ(error, -1);
+  EXPECT_EQ(errors(), Texts(2, "Not enough memory for a list"));
+}
+
+// Hosts in C read the fields.
+TEST_F(Lis, FieldsStandInTheirOrder) {
+  EXPECT_EQ(offsetof(LIS, next), 0u);
+  EXPECT_EQ(offsetof(LIS, previous), sizeof(void*));
+  EXPECT_EQ(offsetof(LIS, type), 2 * sizeof(void*));
+  EXPECT_EQ(offsetof(LIS, object), 3 * sizeof(void*));
 }
 
 TEST_F(Lis, InsertionsWithoutMemoryLeaveTheList) {
@@ -338,7 +387,7 @@ TEST_F(Lis, MessagesKeepTheirNumbers) {
 TEST_F(Lis, CopyWithoutMemoryIsWhatWasCopiedBefore) {
   hold({"a", "b"});
   Texts lengths;
-  const long failures = support::forEachFailingAllocation([&] {
+  const long failures = failuresWithoutLoss([&] {
     int error = 7;
     LIS* copy = LIS_copier(list, LIS_copy_str, &error);
     const support::Unharmed unharmed;

@@ -1,4 +1,6 @@
 // Lists with a head.
+#include <cstddef>
+
 #include "collections/fixture.h"
 
 namespace collections_test {
@@ -104,6 +106,24 @@ TEST_F(Lte, AppendLinksTheNodesAndLeavesTheOtherHead) {
   zarelmem_free(other, __FILE__, __LINE__);
 }
 
+// Linked again, they would go round for ever.
+TEST_F(Lte, NodesThatWereAppendedAreNotAppendedAgain) {
+  hold({"a"});
+  LTE* const other = LTE_creer(nullptr);
+  LTE_ins_fin(other, text("x"), 0);
+  EXPECT_EQ(LTE_append(list, other), 0);
+  EXPECT_EQ(LTE_append(list, other), -1);
+  LTE_ins_fin(list, text("b"), 0);
+  EXPECT_EQ(LTE_append(list, other), -1) << "behind other nodes too";
+  LTE_sup_elt(list, at(0), nullptr);
+  EXPECT_EQ(LTE_append(list, other), -1) << "and as the first ones";
+
+  EXPECT_EQ(textsOf(list->first), (Texts{"x", "b"}));
+  EXPECT_TRUE(isSound(list));
+  EXPECT_EQ(errors(), Texts(3, "An argument is missing"));
+  zarelmem_free(other, __FILE__, __LINE__);
+}
+
 TEST_F(Lte, AppendToAndOfAnEmptyList) {
   LTE* const other = LTE_creer(nullptr);
   EXPECT_EQ(LTE_append(list, other), 0);
@@ -114,6 +134,12 @@ TEST_F(Lte, AppendToAndOfAnEmptyList) {
   EXPECT_TRUE(isSound(list));
   EXPECT_EQ(list->count, 1);
   EXPECT_EQ(LTE_append(list, list), -1) << "a list cannot follow itself";
+  LTE* const empty = LTE_creer(nullptr);
+  EXPECT_EQ(LTE_append(list, empty), 0);
+  EXPECT_EQ(textsOf(list->first), Texts{"x"});
+  EXPECT_TRUE(isSound(list));
+  EXPECT_EQ(LTE_append(empty, empty), -1) << "nor an empty one";
+  LTE_free(empty, nullptr);
   zarelmem_free(other, __FILE__, __LINE__);
 }
 
@@ -218,6 +244,23 @@ TEST_F(Lte, ObjectsAreFreedOnlyByAFunction) {
   EXPECT_EQ(freed, 3);
 }
 
+// Hosts in C read the fields.
+TEST_F(Lte, FieldsStandInTheirOrder) {
+  EXPECT_EQ(offsetof(LTE, count), 0u);
+  EXPECT_EQ(offsetof(LTE, first), sizeof(void*));
+  EXPECT_EQ(offsetof(LTE, last), 2 * sizeof(void*));
+  EXPECT_EQ(offsetof(LTE, current), 3 * sizeof(void*));
+}
+
+TEST_F(Lte, PrintsThatFailAreReported) {
+  const FullStream full;
+  hold({"a"});
+
+  EXPECT_EQ(LTE_print(list, LIS_print_str, full.get()), -1);
+
+  EXPECT_EQ(blamed(), Texts{"LTE_print"});
+}
+
 TEST_F(Lte, CopiesAndPrints) {
   hold({"a", "b"});
   int error = 7;
@@ -288,7 +331,7 @@ TEST_F(Lte, FailingCopyIsBlamed) {
 
 TEST_F(Lte, CopyWithoutMemoryIsWhatWasCopiedBefore) {
   hold({"a", "b"});
-  const long failures = support::forEachFailingAllocation([&] {
+  const long failures = failuresWithoutLoss([&] {
     int error = 7;
     LTE* const copy = LTE_copier(list, LIS_copy_str, &error);
     const support::Unharmed unharmed;
