@@ -1,9 +1,10 @@
 // The communicator without a host, and the seam for one.
-#include <cstring>
 #include <memory>
 
 #include <gtest/gtest.h>
 #include <zarel/C_Communicator.h>
+
+#include "support/Slots.h"
 
 namespace {
 
@@ -131,87 +132,78 @@ TEST(Communicator, BelongsToTheLibraryOnlyAtItsEnd) {
   EXPECT_EQ(Process::ended, 1) << "release without an instance does nothing";
 }
 
-// The binary interface rests on the places of the virtual functions. In the common C++ ABI a
-// pointer to a virtual member holds 1 plus the byte offset of its place; two places hold the
-// destructor.
+// The binary interface rests on the places of the virtual functions.
 #if defined(__x86_64__)
-template <class Member>
-long placeOf(Member member) {
-  static_assert(sizeof member == 2 * sizeof(long), "pointer and adjustment");
-  long words[2];
-  std::memcpy(words, &member, sizeof words);
-  return (words[0] - 1) / static_cast<long>(sizeof(void*));
-}
-
+using support::slotOf;
 using C = C_Communicator;
 using Z = std::complex<double>;
 using F = std::complex<float>;
 
 TEST(Communicator, VirtualFunctionsKeepTheirPlaces) {
-  EXPECT_EQ(placeOf(&C::World), 2);
-  EXPECT_EQ(placeOf(&C::CreateDName), 3);
-  EXPECT_EQ(placeOf(&C::abort), 4);
-  EXPECT_EQ(placeOf(&C::barrier), 5);
-  EXPECT_EQ(placeOf(&C::check), 6);
+  EXPECT_EQ(slotOf(&C::World), 2);
+  EXPECT_EQ(slotOf(&C::CreateDName), 3);
+  EXPECT_EQ(slotOf(&C::abort), 4);
+  EXPECT_EQ(slotOf(&C::barrier), 5);
+  EXPECT_EQ(slotOf(&C::check), 6);
 }
 
 TEST(Communicator, ExchangesKeepTheirPlaces) {
-  EXPECT_EQ(placeOf<void (C::*)(int, int, int*, int*, int*, int*, int*)>(&C::exchange), 7);
-  EXPECT_EQ(placeOf<void (C::*)(int, int, int*, int*, int**, int*, int**)>(&C::exchange), 8);
-  EXPECT_EQ(placeOf<void (C::*)(int, int, int*, int*, double**, int*, double**)>(&C::exchange), 9);
+  EXPECT_EQ(slotOf<void (C::*)(int, int, int*, int*, int*, int*, int*)>(&C::exchange), 7);
+  EXPECT_EQ(slotOf<void (C::*)(int, int, int*, int*, int**, int*, int**)>(&C::exchange), 8);
+  EXPECT_EQ(slotOf<void (C::*)(int, int, int*, int*, double**, int*, double**)>(&C::exchange), 9);
 }
 
 TEST(Communicator, ReductionsKeepTheirPlaces) {
-  EXPECT_EQ(placeOf<void (C::*)(int, Z*)>(&C::glbMax), 10);
-  EXPECT_EQ(placeOf<void (C::*)(int, double*)>(&C::glbMax), 11);
-  EXPECT_EQ(placeOf<void (C::*)(int, __int64*)>(&C::glbMax), 12);
-  EXPECT_EQ(placeOf<void (C::*)(int, int*)>(&C::glbMax), 13);
-  EXPECT_EQ(placeOf<void (C::*)(int, Z*)>(&C::glbMin), 14);
-  EXPECT_EQ(placeOf<void (C::*)(int, double*)>(&C::glbMin), 15);
-  EXPECT_EQ(placeOf<void (C::*)(int, __int64*)>(&C::glbMin), 16);
-  EXPECT_EQ(placeOf<void (C::*)(int, int*)>(&C::glbMin), 17);
-  EXPECT_EQ(placeOf<void (C::*)(int, int*)>(&C::glbOr), 18);
-  EXPECT_EQ(placeOf<void (C::*)(int, bool*)>(&C::glbOr), 19);
-  EXPECT_EQ(placeOf<void (C::*)(int, Z*)>(&C::glbSum), 20);
-  EXPECT_EQ(placeOf<void (C::*)(int, F*)>(&C::glbSum), 21);
-  EXPECT_EQ(placeOf<void (C::*)(int, double*)>(&C::glbSum), 22);
-  EXPECT_EQ(placeOf<void (C::*)(int, float*)>(&C::glbSum), 23);
-  EXPECT_EQ(placeOf<void (C::*)(int, __int64*)>(&C::glbSum), 24);
-  EXPECT_EQ(placeOf<void (C::*)(int, int*)>(&C::glbSum), 25);
-  EXPECT_EQ(placeOf<void (C::*)(int, short int*)>(&C::glbSum), 26);
+  EXPECT_EQ(slotOf<void (C::*)(int, Z*)>(&C::glbMax), 10);
+  EXPECT_EQ(slotOf<void (C::*)(int, double*)>(&C::glbMax), 11);
+  EXPECT_EQ(slotOf<void (C::*)(int, __int64*)>(&C::glbMax), 12);
+  EXPECT_EQ(slotOf<void (C::*)(int, int*)>(&C::glbMax), 13);
+  EXPECT_EQ(slotOf<void (C::*)(int, Z*)>(&C::glbMin), 14);
+  EXPECT_EQ(slotOf<void (C::*)(int, double*)>(&C::glbMin), 15);
+  EXPECT_EQ(slotOf<void (C::*)(int, __int64*)>(&C::glbMin), 16);
+  EXPECT_EQ(slotOf<void (C::*)(int, int*)>(&C::glbMin), 17);
+  EXPECT_EQ(slotOf<void (C::*)(int, int*)>(&C::glbOr), 18);
+  EXPECT_EQ(slotOf<void (C::*)(int, bool*)>(&C::glbOr), 19);
+  EXPECT_EQ(slotOf<void (C::*)(int, Z*)>(&C::glbSum), 20);
+  EXPECT_EQ(slotOf<void (C::*)(int, F*)>(&C::glbSum), 21);
+  EXPECT_EQ(slotOf<void (C::*)(int, double*)>(&C::glbSum), 22);
+  EXPECT_EQ(slotOf<void (C::*)(int, float*)>(&C::glbSum), 23);
+  EXPECT_EQ(slotOf<void (C::*)(int, __int64*)>(&C::glbSum), 24);
+  EXPECT_EQ(slotOf<void (C::*)(int, int*)>(&C::glbSum), 25);
+  EXPECT_EQ(slotOf<void (C::*)(int, short int*)>(&C::glbSum), 26);
 }
 
 TEST(Communicator, BroadcastsKeepTheirPlaces) {
-  const long bcast = placeOf<void (C::*)(char*, int, int)>(&C::Bcast);
+  const long bcast = slotOf<void (C::*)(char*, int, int)>(&C::Bcast);
   EXPECT_EQ(bcast, 7 + 3 + 4 + 4 + 2 + 7) << "exchange, glbMax, glbMin, glbOr, glbSum";
-  EXPECT_EQ(placeOf<void (C::*)(Z*, int, int)>(&C::Bcast), bcast + 1);
-  EXPECT_EQ(placeOf<void (C::*)(F*, int, int)>(&C::Bcast), bcast + 2);
-  EXPECT_EQ(placeOf<void (C::*)(double*, int, int)>(&C::Bcast), bcast + 3);
-  EXPECT_EQ(placeOf<void (C::*)(float*, int, int)>(&C::Bcast), bcast + 4);
-  EXPECT_EQ(placeOf<void (C::*)(__int64*, int, int)>(&C::Bcast), bcast + 5);
-  EXPECT_EQ(placeOf<void (C::*)(int*, int, int)>(&C::Bcast), bcast + 6);
-  EXPECT_EQ(placeOf<void (C::*)(bool*, int, int)>(&C::Bcast), bcast + 7);
-  EXPECT_EQ(placeOf<void (C::*)(short int*, int, int)>(&C::Bcast), bcast + 8);
+  EXPECT_EQ(slotOf<void (C::*)(Z*, int, int)>(&C::Bcast), bcast + 1);
+  EXPECT_EQ(slotOf<void (C::*)(F*, int, int)>(&C::Bcast), bcast + 2);
+  EXPECT_EQ(slotOf<void (C::*)(double*, int, int)>(&C::Bcast), bcast + 3);
+  EXPECT_EQ(slotOf<void (C::*)(float*, int, int)>(&C::Bcast), bcast + 4);
+  EXPECT_EQ(slotOf<void (C::*)(__int64*, int, int)>(&C::Bcast), bcast + 5);
+  EXPECT_EQ(slotOf<void (C::*)(int*, int, int)>(&C::Bcast), bcast + 6);
+  EXPECT_EQ(slotOf<void (C::*)(bool*, int, int)>(&C::Bcast), bcast + 7);
+  EXPECT_EQ(slotOf<void (C::*)(short int*, int, int)>(&C::Bcast), bcast + 8);
 }
 
 TEST(Communicator, GroupsOfMessagesKeepTheirPlaces) {
-  const long send = placeOf<void (C::*)(char*, int, int)>(&C::Bcast) + 9;
-  EXPECT_EQ(placeOf<void (C::*)(int, int, char*, int)>(&C::send), send);
-  EXPECT_EQ(placeOf<void (C::*)(int, int, Z*, int)>(&C::send), send + 1);
-  EXPECT_EQ(placeOf<void (C::*)(int, int, F*, int)>(&C::send), send + 2);
-  EXPECT_EQ(placeOf<void (C::*)(int, int, double*, int)>(&C::send), send + 3);
-  EXPECT_EQ(placeOf<void (C::*)(int, int, float*, int)>(&C::send), send + 4);
-  EXPECT_EQ(placeOf<void (C::*)(int, int, __int64*, int)>(&C::send), send + 5);
-  EXPECT_EQ(placeOf<void (C::*)(int, int, int*, int)>(&C::send), send + 6);
-  EXPECT_EQ(placeOf<void (C::*)(int, int, short int*, int)>(&C::send), send + 7);
-  EXPECT_EQ(placeOf<void (C::*)(int, int, char*, int)>(&C::recv), send + 8);
-  EXPECT_EQ(placeOf<void (C::*)(int, int, Z*, int)>(&C::recv), send + 9);
-  EXPECT_EQ(placeOf<void (C::*)(int, int, F*, int)>(&C::recv), send + 10);
-  EXPECT_EQ(placeOf<void (C::*)(int, int, double*, int)>(&C::recv), send + 11);
-  EXPECT_EQ(placeOf<void (C::*)(int, int, float*, int)>(&C::recv), send + 12);
-  EXPECT_EQ(placeOf<void (C::*)(int, int, __int64*, int)>(&C::recv), send + 13);
-  EXPECT_EQ(placeOf<void (C::*)(int, int, int*, int)>(&C::recv), send + 14);
-  EXPECT_EQ(placeOf<void (C::*)(int, int, short int*, int)>(&C::recv), send + 15);
+  const long send = slotOf<void (C::*)(char*, int, int)>(&C::Bcast) + 9;
+  EXPECT_EQ(slotOf<void (C::*)(int, int, char*, int)>(&C::send), send);
+  EXPECT_EQ(slotOf<void (C::*)(int, int, Z*, int)>(&C::send), send + 1);
+  EXPECT_EQ(slotOf<void (C::*)(int, int, F*, int)>(&C::send), send + 2);
+  EXPECT_EQ(slotOf<void (C::*)(int, int, double*, int)>(&C::send), send + 3);
+  EXPECT_EQ(slotOf<void (C::*)(int, int, float*, int)>(&C::send), send + 4);
+  EXPECT_EQ(slotOf<void (C::*)(int, int, __int64*, int)>(&C::send), send + 5);
+  EXPECT_EQ(slotOf<void (C::*)(int, int, int*, int)>(&C::send), send + 6);
+  EXPECT_EQ(slotOf<void (C::*)(int, int, short int*, int)>(&C::send), send + 7);
+  EXPECT_EQ(slotOf<void (C::*)(int, int, char*, int)>(&C::recv), send + 8);
+  EXPECT_EQ(slotOf<void (C::*)(int, int, Z*, int)>(&C::recv), send + 9);
+  EXPECT_EQ(slotOf<void (C::*)(int, int, F*, int)>(&C::recv), send + 10);
+  EXPECT_EQ(slotOf<void (C::*)(int, int, double*, int)>(&C::recv), send + 11);
+  EXPECT_EQ(slotOf<void (C::*)(int, int, float*, int)>(&C::recv), send + 12);
+  EXPECT_EQ(slotOf<void (C::*)(int, int, __int64*, int)>(&C::recv), send + 13);
+  EXPECT_EQ(slotOf<void (C::*)(int, int, int*, int)>(&C::recv), send + 14);
+  EXPECT_EQ(slotOf<void (C::*)(int, int, short int*, int)>(&C::recv), send + 15);
 }
 #endif
 

@@ -148,10 +148,21 @@ TEST_F(PllMgr, CountOfWorkersIsAskedInTheStateForIt) {
             (Calls{"query 0", "query 1", "set 1 0", "enter", "query 3", "leave", "set 1 1"}));
 }
 
+TEST_F(PllMgr, OnlyAnAnswerOf1TellsThatAStateIsOn) {
+  installHost();
+  answers[1] = 1;
+  for (const int notOne : {0, 2, -1}) {
+    answers[0] = notOne;
+    calls.clear();
+    manager().NbWorkers();
+    EXPECT_EQ(calls.size(), 7u) << notOne;
+  }
+}
+
 TEST_F(PllMgr, CountOfWorkersIsAskedDirectlyOtherwise) {
   installHost();
   answers[3] = 8;
-  for (const auto& [first, second] : {std::pair{1, 1}, {1, 0}, {0, 0}}) {
+  for (const auto& [first, second] : {std::pair{1, 1}, {1, 0}, {0, 0}, {0, 2}, {0, -1}}) {
     answers[0] = first;
     answers[1] = second;
     calls.clear();

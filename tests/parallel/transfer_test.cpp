@@ -197,6 +197,9 @@ TEST_F(TransferMessages, WhatAnIntCannotCountIsRefusedBeforeAMessage) {
 
   EXPECT_EQ(codeOf([&] { v.Send(8, 3); }), 2880);
   EXPECT_EQ(noting.messages, Lines());
+  Wide largest(2147483647LL, block);
+  EXPECT_EQ(largest.Send(8, 3), 0) << "what an int just counts";
+  EXPECT_EQ(noting.messages, (Lines{"hyper 8 3 2147483647 x1", "double 8 3 0 x2147483647"}));
   C_Communicator::setInstance(nullptr);
   EXPECT_EQ(codeOf([&] { v.Send(8, 3); }), 2880) << "whether or not there is a communicator";
 }
