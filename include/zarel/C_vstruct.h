@@ -161,7 +161,7 @@ public:
   void Release(bool removeFile);
   /**
    * Changes the number of vectors and keeps the first ones, in place. The present number is always
-   * accepted. Throws 11, 12, 2870, 1, 24, 14.
+   * accepted. A failure leaves the vectors as they were. Throws 11, 12, 2870, 1, 24, 14.
    */
   void Resize(int n, int* err);
   /** The same; name, file and line say for the accounting of memory who asks. */
@@ -393,7 +393,7 @@ public:
    * memory does not hold is adopted instead. Returns 0.
    *
    * Throws 20; 21, also for negative counts, for values in core that the file does not hold and
-   * for more vectors than 65536 and the bytes left in it together; 3; 12 for a negative gap; 1.
+   * for more vectors than 65536 and 16 for each that it holds; 3; 12 for a negative gap; 1.
    * The set is not valid then.
    */
   int Read(FILE* file, int CoreMode, bool MapFile, int NbVec, int DimVec, __int64 gap);

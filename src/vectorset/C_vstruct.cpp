@@ -120,7 +120,7 @@ int C_VSTRUCT<T>::Allocate(int CoreMode, int NbVec, int DimVec, char const* pref
   _AllocateList();
   if (CoreMode == 2) {
     try {
-      withMemory([&] { _CreateDataFile(fileName_, prefix); });
+      withMemory([&] { _CreateDataFile(namePreset_ ? fileName_ : std::wstring(), prefix); });
     } catch (C_ZarelException& e) {
       tell(e, presentName());
       _CloseDataFile(false);

@@ -50,7 +50,7 @@ C_Vec<T, int>* C_VSTRUCT<T>::newVector() const {
 
 template <class T>
 void C_VSTRUCT<T>::linkOutOfCore(C_VSTRUCT& other, int firstVec, int firstRow) {
-  bindFile(other.fileName_);
+  bindFile(other.presentName());
   fileSize_ = other.fileSize_;
   fileDescriptor_ = other.fileDescriptor_;
   mapFile_ = other.mapFile_;

@@ -91,9 +91,10 @@ unsigned __int64 C_VSTRUCT<T>::dataFileSize(int vectors) const {
   return overflows ? ULLONG_MAX : size;
 }
 
+/** A size of 0 is also that of a file that was only adopted, so that it tells nothing. */
 template <class T>
 void C_VSTRUCT<T>::_setDataFileSize(unsigned __int64 size) {
-  if (size == fileSize_) return;
+  if (size == fileSize_ && size > 0) return;
   ZAREL_STEP("_setDataFileSize");
   getGlobalMapManager()->SetDataFileSize(fileDescriptor_, size);
   fileSize_ = size;
@@ -141,12 +142,16 @@ void C_VSTRUCT<T>::leaveFileBehind() {
   boundPath_.clear();
 }
 
-/** Takes a file as the set's own; its name stands until the file is removed or left behind. */
+/** Takes a file as the set's own; its name stands until the file is removed or left behind. Without
+ * memory it has none of its names. */
 template <class T>
 void C_VSTRUCT<T>::bindFile(std::wstring const& name) {
-  fileName_ = name;
-  boundName_ = name;
-  boundPath_ = toUtf8(name);
+  std::wstring shown = name;
+  std::wstring bound = name;
+  std::string path = toUtf8(name);
+  fileName_.swap(shown);
+  boundName_.swap(bound);
+  boundPath_.swap(path);
   namePreset_ = false;
 }
 

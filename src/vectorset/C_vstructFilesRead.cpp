@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <memory>
 
+#include "binary/exceptions.h"
 #include "containers/files.h"
 #include "vectorset/fileVectors.h"
 #include "vectorset/instantiate.h"
@@ -19,8 +20,11 @@ namespace {
 /** Vectors that a head may promise however short the file is. */
 constexpr int freeVectors = 65536;
 
-/** Names for what the files are opened with. */
-constexpr wchar_t updateMode[] = L"r+b";
+/** Vectors that it may promise beyond these for each one that the file holds. */
+constexpr int promisesPerVector = 16;
+
+/** What the files are opened with; "e" keeps them out of the programs that a host starts. */
+constexpr wchar_t updateMode[] = L"r+be";
 constexpr int updateFlags = O_RDWR;
 
 struct CloseStream {
@@ -92,11 +96,12 @@ __int64 VectorSetFiles<T>::extent(const SetRequest& request) {
 }
 
 /**
- * Refuses what costs memory that the file cannot fill: values in core that are not there, and lists
- * that are long beyond all that could stand in so many bytes. Any other file that is too short is
- * adopted: the vectors that it holds can be used, and the others are found out then. Of vectors
- * without values no byte tells, so what follows must not either: a set that was read can be written
- * and read again.
+ * Refuses what costs memory that the file does not stand for: values in core that are not there,
+ * and lists that are long beyond all that a writer may have left out. So a large file of another
+ * form, whose first bytes are no counts, does not end in a list of a billion vectors. Any other
+ * file that is too short is adopted: the vectors that it holds can be used, and the others are
+ * found out then. Of vectors without values no byte tells, so what follows must not either: a set
+ * that was read can be written and read again.
  */
 template <class T>
 void VectorSetFiles<T>::requireHeld(const SetSource& source, const SetRequest& request) {
@@ -104,7 +109,8 @@ void VectorSetFiles<T>::requireHeld(const SetSource& source, const SetRequest& r
   const __int64 data = static_cast<__int64>(sizeof(T)) * request.length;
   const __int64 vectors = request.vectors;
   if (request.coreMode == 1 && vectors > 0 && data > left / vectors) failShort(source);
-  if (vectors - freeVectors > (data > 0 ? left : 0)) failShort(source);
+  const __int64 held = std::min(data > 0 ? left / data : 0, vectors);
+  if (vectors - freeVectors > promisesPerVector * held) failShort(source);
 }
 
 template <class T>
@@ -126,7 +132,10 @@ void VectorSetFiles<T>::takePreset(Set& set, std::wstring& name) {
   set.namePreset_ = false;
 }
 
-/** Makes the vectors. A block that memory does not hold leaves them over the file instead. */
+/**
+ * Makes the vectors. A block that memory does not hold leaves them over the file instead: mapped
+ * only if the file's words are the host's, so that the values are those of a set in core.
+ */
 template <class T>
 void VectorSetFiles<T>::begin(Set& set, const SetSource& source, SetRequest& request, bool memOwner,
                               std::wstring& name) {
@@ -140,6 +149,7 @@ void VectorSetFiles<T>::begin(Set& set, const SetSource& source, SetRequest& req
   } catch (const C_ZarelException& e) {
     if (e.getExceptionCode() != NoMemory || request.coreMode == 2) throw;
     request.coreMode = 2;
+    request.mapFile = request.mapFile && (!source.portable || isHostOrdered(source.stream));
     takePreset(set, name);
     takeShape(set, request, false);
   }
@@ -167,7 +177,7 @@ void VectorSetFiles<T>::adopt(Set& set, const SetSource& source, const SetReques
   const __int64 bytes = extent(request);
   __int64 end = 0;
   if (bytes < 0 || __builtin_add_overflow(start, bytes, &end)) end = -1;
-  if (!request.mapFile) attach(set, source, start, request);
+  if (!request.mapFile && end >= 0) attach(set, source, start);
   moveTo(source, end);
   withMemory([&] { set.bindFile(name); });
   if (!request.mapFile) return;
@@ -175,10 +185,9 @@ void VectorSetFiles<T>::adopt(Set& set, const SetSource& source, const SetReques
   set.fileDescriptor_ = source.fd;
 }
 
+/** The vectors end where a position can tell, so that none of them begins beyond. */
 template <class T>
-void VectorSetFiles<T>::attach(Set& set, const SetSource& source, __int64 start,
-                               const SetRequest& request) {
-  if (extent(request) < 0) moveTo(source, -1);
+void VectorSetFiles<T>::attach(Set& set, const SetSource& source, __int64 start) {
   const auto stride = static_cast<__int64>(set.strideBytes());
   for (int j = 0; j < set.columns_; ++j) {
     moveTo(source, start + j * stride);
@@ -222,10 +231,13 @@ int C_VSTRUCT<T>::Read(wchar_t const* name, __int64 offset, int CoreMode, bool M
   if (stream == nullptr) fail(FileNotOpened, reasonInErrno);
   const SetSource source = sourceOf(stream.get(), true);
   if (CBF_lseek64(source.fd, offset, SEEK_SET) < 0) fail(CannotSeek, reasonInErrno);
+  const std::wstring own = nameOf(name);
   VectorSetFiles<T>::read(*this, source, {CoreMode, MapFile, NbVec, DimVec, gap}, CoreMode == 1,
-                          nameOf(name));
+                          withMemory([&] { return own; }));
   if (coreMode_ == 1) {
-    withMemory([&] { bindFile(nameOf(name)); });
+    valid_ = false; // until nothing is left that can fail
+    withMemory([&] { bindFile(own); });
+    valid_ = true;
     return 0; // nothing more is read from the file
   }
   fileDescriptor_ = source.fd;

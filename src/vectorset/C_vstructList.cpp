@@ -154,18 +154,18 @@ void C_VSTRUCT<T>::_ResizeList(int n, char const* name, char const* file, int li
 }
 
 /**
- * The file grows before the list and shrinks after it: at no time does the set promise more than
- * the file holds. Views keep the size that the file had, so they go first.
+ * The file comes first: a list that gets shorter cannot fail, so that a failure leaves the set as
+ * it was. What stands behind the vectors of an adopted file is cut off before the file grows, or
+ * new vectors would show it. Views keep the size that the file had, so they go before all.
  */
 template <class T>
 void C_VSTRUCT<T>::_ResizeOutofcore(int n, char const* name, char const* file, int line) {
   ZAREL_STEP("_ResizeOutofcore");
   UnmapAllBlocks(nullptr);
   releaseFileHandle();
-  const bool growing = n > this->columns_;
-  if (growing) _setDataFileSize(dataFileSize(n));
+  if (n > this->columns_) _setDataFileSize(dataFileSize(this->columns_));
+  _setDataFileSize(dataFileSize(n));
   _ResizeList(n, name, file, line);
-  if (!growing) _setDataFileSize(dataFileSize(n));
 }
 
 } // namespace Zarel

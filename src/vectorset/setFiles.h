@@ -61,7 +61,7 @@ struct VectorSetFiles {
   static void readInCore(Set& set, const SetSource& source);
   static void adopt(Set& set, const SetSource& source, const SetRequest& request,
                     std::wstring const& name);
-  static void attach(Set& set, const SetSource& source, __int64 start, const SetRequest& request);
+  static void attach(Set& set, const SetSource& source, __int64 start);
 };
 
 } // namespace Zarel

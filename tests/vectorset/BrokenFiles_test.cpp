@@ -136,14 +136,48 @@ TYPED_TEST(BrokenSetFile, OfManyVectorsThatIsCutHasTheOnesThatAreThere) {
 TYPED_TEST(BrokenSetFile, WithAHeadAloneMayPromiseSomeVectorsYetNotMany) {
   ZAREL_TYPES;
   if (storage != Storage::Mapped) return;
-  const auto codeWith = [](int vectors) {
-    ByteFile file(raw(vectors, 100) + "abc");
+  const auto codeWith = [](int vectors, int held) {
+    ByteFile file(raw(vectors, 3) +
+                  std::string(3 * sizeof(T) * static_cast<std::size_t>(held), 'x') + "x");
     C_VSTRUCT<T> set;
     return codeOf([&] { readAs(set, file.stream(), Storage::Mapped); });
   };
 
-  EXPECT_EQ(codeWith(65536 + 3), 0);
-  EXPECT_EQ(codeWith(65536 + 4), 21);
+  EXPECT_EQ(codeWith(65536, 0), 0);
+  EXPECT_EQ(codeWith(65536 + 1, 0), 21);
+  EXPECT_EQ(codeWith(65536 + 32, 2), 0); // 16 for each that is there
+  EXPECT_EQ(codeWith(65536 + 33, 2), 21);
+}
+
+// The first eight bytes of many forms are large numbers, and the file behind them may be large too.
+TYPED_TEST(BrokenSetFile, OfAnotherFormTakesNoMemoryHoweverLargeItIs) {
+  ZAREL_TYPES;
+  const std::string heads[] = {
+      std::string("\x93NUMPY\x01\x00\x76\x00{'descr': '<f8', 'fortran_order': True}\n", 48),
+      std::string("\x93NUMPY\x02\x00\x76\x00\x00\x00{'descr': '<f8'}", 28),
+      "x1,x2,y\n0.5,0.25,1\n",
+      std::string("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16),
+      std::string("\x7f"
+                  "ELF\x02\x01\x01\0\0\0\0\0\0\0\0\0",
+                  16),
+      raw(INT_MAX, 100000)};
+  constexpr off_t sizes[] = {64, 1LL << 20, 5LL << 30}; // holes, which take no place
+  for (const std::string& head : heads)
+    for (const off_t size : sizes) {
+      ByteFile file(head);
+      ASSERT_EQ(ftruncate(file.handle(), size), 0);
+      C_VSTRUCT<T> read, restored;
+      const BlockLimit limit(1 << 24);
+
+      EXPECT_EQ(codeOf([&] { readAs(read, file.stream(), storage); }), 21) << head << size;
+      file.moveTo(0);
+      const int mode = storage == Storage::InCore ? 1 : 2;
+      EXPECT_EQ(codeOf([&] { restored.Restore(nullptr, file.stream(), mode, 0, 0); }), 21) << head;
+
+      EXPECT_LE(BlockLimit::largestAsked(), 1U << 16);
+      EXPECT_FALSE(read.isValid());
+      EXPECT_FALSE(restored.isValid());
+    }
 }
 
 // What follows such vectors is none of theirs.

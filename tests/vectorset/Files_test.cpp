@@ -28,6 +28,17 @@ protected:
 };
 TYPED_TEST_SUITE(SetFile, AllCases, CaseNames);
 
+/** The file of a set with its words turned round. */
+template <class T>
+std::string turnedFileOf(const Dense<T>& values, int length) {
+  constexpr std::size_t word = isComplex<T> ? sizeof(T) / 2 : sizeof(T);
+  std::string bytes = fileOf(values, length);
+  for (std::size_t at = 0; at < bytes.size(); at += at < 8 ? 4 : word)
+    std::reverse(bytes.begin() + static_cast<long>(at),
+                 bytes.begin() + static_cast<long>(at + (at < 8 ? 4 : word)));
+  return bytes;
+}
+
 #define ZAREL_TYPES                                                                                \
   using T [[maybe_unused]] = typename TypeParam::T;                                                \
   constexpr Storage storage [[maybe_unused]] = TypeParam::storage
@@ -334,16 +345,7 @@ TYPED_TEST(SetFile, ReadByNameStaysOpenUntilRelease) {
 TYPED_TEST(SetFile, OfAnExceptionIsTurned) {
   ZAREL_TYPES;
   if (storage == Storage::Mapped) return; // mapped bytes are as they are
-  constexpr std::size_t word = isComplex<T> ? sizeof(T) / 2 : sizeof(T);
-  std::string turned = fileOf(this->values_, 5);
-  const auto turn = [&](std::size_t at, std::size_t width) {
-    std::reverse(turned.begin() + static_cast<long>(at),
-                 turned.begin() + static_cast<long>(at + width));
-  };
-  turn(0, 4);
-  turn(4, 4);
-  for (std::size_t at = 8; at < turned.size(); at += word)
-    turn(at, word);
+  const std::string turned = turnedFileOf(this->values_, 5);
   ByteFile file(turned);
   C_VSTRUCT<T> set;
 
@@ -388,6 +390,55 @@ TYPED_TEST(SetFile, ThatDoesNotFitMemoryIsAdopted) {
   EXPECT_TRUE(std::filesystem::exists(path));
   CBF_close64(descriptor);
   std::fclose(stream);
+}
+
+// Mapped bytes are as they are, which is not what the set in core would have held.
+TYPED_TEST(SetFile, OfAnExceptionThatDoesNotFitMemoryIsNotMapped) {
+  ZAREL_TYPES;
+  if (storage != Storage::InCore) return;
+  const Dense<T> values = randomDense<T>(50, 3000);
+  ByteFile file(turnedFileOf(values, 3000));
+  C_VSTRUCT<T> set;
+  AddFileException(file.stream());
+  {
+    const BlockLimit limit(200000);
+    set.Read(file.stream(), 1, true, 0, 0, 0);
+  }
+
+  EXPECT_EQ(set.getCoreMode(), 2);
+  EXPECT_FALSE(set.GetMapFile());
+  EXPECT_EQ(contentOf(set), values);
+  RemFileException(file.stream());
+}
+
+TYPED_TEST(SetFile, OfAnExceptionIsDumpedAndRestoredAsItLies) {
+  ZAREL_TYPES;
+  MadeSet<T> set(storage, this->values_, 5);
+  ByteFile file;
+  C_VSTRUCT<T> back;
+  AddFileException(file.stream());
+
+  set->Dump(file.stream());
+  set->WriteT(file.stream(), false);
+  file.moveTo(0);
+  back.Restore(nullptr, file.stream(), 1, 0, 0);
+  RemFileException(file.stream());
+
+  EXPECT_EQ(file.bytes(), fileOf(this->values_, 5) + raw(3, 5) + rowsOf(this->values_, 5));
+  EXPECT_EQ(contentOf(back), this->values_);
+}
+
+TYPED_TEST(SetFile, OfAnExceptionByRowsIsTurned) {
+  ZAREL_TYPES;
+  MadeSet<T> set(storage, Dense<T>(1, this->values_[0]), 5); // one vector: rows are its values
+  ByteFile file;
+  AddFileException(file.stream());
+
+  set->WriteT(file.stream(), true);
+  RemFileException(file.stream());
+
+  const std::string byVectors = turnedFileOf(Dense<T>(1, this->values_[0]), 5);
+  EXPECT_EQ(file.bytes(), byVectors.substr(4, 4) + byVectors.substr(0, 4) + byVectors.substr(8));
 }
 
 // Bytes by hand.
