@@ -136,6 +136,7 @@ int C_PtrOnFile<T, I>::InitBuff(I size) {
 template <class T, class I>
 C_PtrOnFile<T, I>* C_PtrOnFile<T, I>::Lnk(I first) {
   if (file_ == nullptr) fail(12);
+  if (first < 0 || first > std::max<I>(count_, 0)) fail(21);
   auto rest = std::make_unique<C_PtrOnFile>(count_ - first);
   // The position that Lnk was asked of moves on: that one is the rest's, and the new one stays.
   rest->file_ = std::exchange(file_, file_->Lnk(first));

@@ -394,6 +394,8 @@ TYPED_TEST(PtrOnFile, NeitherReadsNorWritesPastItsValues) {
   EXPECT_EQ(codeOf([&] { this->p_.Extract(7, INT_MAX, this->p_.Adr(0)); }), 21);
   EXPECT_EQ(codeOf([&] { this->p_.Extract(-1, 2, block); }), 21);
   EXPECT_EQ(codeOf([&] { this->p_.Sum(5, 4); }), 21);
+  for (int outside : {-1, 9, INT_MAX, INT_MIN})
+    EXPECT_EQ(codeOf([&] { this->p_.Lnk(outside); }), 21) << outside;
   EXPECT_EQ(codeOf([&] { this->p_.Zero(8, 1); }), 22);
   EXPECT_EQ(codeOf([&] { this->p_.Init(T(0), -1, 1); }), 22);
   EXPECT_EQ(codeOf([&] { this->p_.Extract(0, -1, nullptr); }), 1001);

@@ -367,6 +367,34 @@ TEST(VecOnFileFaults, HaveTheirCodes) {
   EXPECT_EQ(codeWithFailing("lseek", 2, [](X& x) { x.Lnk(5); }), 34);
 }
 
+// What the system said last is none of their reasons.
+TEST(VecOnFileFaults, HaveNoReasons) {
+  ScratchFile file(counted<double>(10));
+  FileVec<double> x;
+  x.Attach(10, file.stream(), 4);
+  double block[1] = {};
+  const auto told = [](auto operation) {
+    errno = ENOSPC;
+    try {
+      operation();
+    } catch (const C_ZarelException& e) {
+      return std::pair(static_cast<int>(e.getExceptionCode()), static_cast<int>(e.getReasonCode()));
+    }
+    return std::pair(0, 0);
+  };
+  const auto failing = [&](const char* call, auto operation) {
+    const support::FailingCall harm(1, call, ENOSPC);
+    return told(operation);
+  };
+
+  EXPECT_EQ(failing("lseek", [&] { x.GetVal(7); }), std::pair(20, 0));
+  EXPECT_EQ(failing("read", [&] { x.GetVal(7); }), std::pair(21, 0));
+  EXPECT_EQ(failing("write", [&] { x.SetVal(7, 1.0); }), std::pair(22, 0));
+  EXPECT_EQ(failing("lseek", [&] { x.Attach(10, file.stream(), 4); }), std::pair(34, 0));
+  EXPECT_EQ(told([&] { x.Storage().Extract(0, -1, nullptr); }), std::pair(1001, 0));
+  EXPECT_EQ(told([&] { x.Attach(1, block); }), std::pair(2871, 0));
+}
+
 TEST(VecOnFileFaults, AFileAtItsLimitThrows22AndKeepsWhatWasThere) {
   ScratchFile file(counted<double>(10));
   FileVec<double> x;

@@ -2,57 +2,31 @@
 // process. Where the system allows no namespaces these tests are skipped; the limit of the size of
 // files in the other tests stands in for it.
 #include <cstring>
-#include <fstream>
-#include <sched.h>
-#include <sys/mount.h>
 
 #include <gtest/gtest.h>
 #include <zarel/C_MapManager.h>
 #include <zarel/zarelmem_ooc.h>
 
 #include "mapping/support.h"
+#include "support/SmallDisk.h"
 
 namespace {
 
-constexpr u64 kDisk = 1 << 20;
-
-bool write(const char* path, const std::string& text) {
-  std::ofstream file(path);
-  file << text;
-  return static_cast<bool>(file.flush());
-}
-
-// Makes this process the owner of a namespace in which it may mount; false where that is not
-// allowed. The process stays in it.
-bool enterNamespace() {
-  const std::string user = std::to_string(getuid());
-  const std::string group = std::to_string(getgid());
-  if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return false;
-  write("/proc/self/setgroups", "deny");
-  return write("/proc/self/uid_map", "0 " + user + " 1") &&
-         write("/proc/self/gid_map", "0 " + group + " 1");
-}
+constexpr u64 kDisk = support::SmallDisk::bytes;
 
 class FullDisk : public testing::Test {
 protected:
   void SetUp() override {
-    static const bool allowed = enterNamespace();
-    if (!allowed || mount("none", directory.path().c_str(), "tmpfs", 0, "size=1m") != 0)
-      GTEST_SKIP() << "no small file system to be had here";
-    _mounted = true;
+    if (!directory.mounted()) GTEST_SKIP() << "no small file system to be had here";
     fd = open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
   }
   ~FullDisk() override {
     if (fd >= 0) getGlobalMapManager()->CloseDataFile(fd);
-    if (_mounted) umount2(directory.path().c_str(), MNT_DETACH);
   }
 
-  support::TempDirectory directory;
+  support::SmallDisk directory;
   std::string name = directory.file("data");
   int fd = -1;
-
-private:
-  bool _mounted = false;
 };
 
 TEST_F(FullDisk, IsAnErrorOfTheCallThatGrowsAFile) {
@@ -82,16 +56,12 @@ TEST_F(FullDisk, IsNoSignalForWhatWasMapped) {
   manager->SetDataFileSize(fd, kDisk / 2);
   C_MapPtr view;
   manager->MapPtr(&view, fd, nullptr, 2, 0, kDisk / 2);
-  const int filler = open(directory.file("filler").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-  const std::string page(kPage, 'f');
-  while (::write(filler, page.data(), page.size()) > 0) {
-  }
+  directory.fillUp("filler");
 
   std::memset(view.GetPtrUser(), 'd', kDisk / 2);
 
   EXPECT_EQ(support::bytesOf(name), std::string(kDisk / 2, 'd'));
   view.UnMap();
-  close(filler);
 }
 
 TEST_F(FullDisk, LeavesNoFileOfAUnit) {
