@@ -3,6 +3,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
 #include <zarel/C_Communicator.h>
 
@@ -61,9 +62,11 @@ TEST_P(Processes, ReductionsCombineAllRanks) {
     bool last = rank == size - 1;
     world().glbOr(1, &last);
     EXPECT_TRUE(last);
-    std::complex<double> number(1, -rank);
-    world().glbMin(1, &number);
-    EXPECT_EQ(number, std::complex<double>(1, -(size - 1)));
+    std::complex<double> least(1, -rank), most(1, -rank);
+    world().glbMin(1, &least);
+    world().glbMax(1, &most);
+    EXPECT_EQ(least, std::complex<double>(1, -(size - 1)));
+    EXPECT_EQ(most, std::complex<double>(1, 0));
   });
 }
 
@@ -104,6 +107,7 @@ TEST(ProcessExchange, NeighboursSwapValues) {
     double *outs[2] = {first, second}, *ins[2] = {fromFirst, fromSecond};
     world().exchange(91, 2, ranks, outCounts, outs, inCounts, ins);
     EXPECT_EQ(fromFirst[0], ranks[0] + 0.75);
+    EXPECT_EQ(fromSecond[0], ranks[1] + 0.25);
     EXPECT_EQ(fromSecond[1], ranks[1] + 0.5);
   });
 }
@@ -129,6 +133,30 @@ TEST(ProcessFaults, EndAllRanks) {
     world().send(91, 1, &value, 1);
     world().recv(91, 1, &number, 1);
   });
+  faulty([&] {
+    double two[2] = {};
+    world().send(91, 1, &value, 1);
+    world().recv(91, 1, two, 2);
+  });
+  faulty([&] { world().recv(91, 0, &value, 1); });
+}
+
+TEST(ProcessFaults, WaitingForARankThatHasEndedIsAnError) {
+  EXPECT_THROW(runProcesses(3,
+                            [](int rank) {
+                              if (rank != 1) world().barrier(91);
+                            }),
+               std::runtime_error);
+}
+
+TEST(ProcessFaults, AMessageThatNobodyReceivesFailsTheTest) {
+  const auto forget = [] {
+    runProcesses(2, [](int rank) {
+      double value = 0;
+      if (rank == 0) world().send(91, 1, &value, 1);
+    });
+  };
+  EXPECT_NONFATAL_FAILURE(forget(), "rank 0 sent to rank 1 what nobody received");
 }
 
 } // namespace

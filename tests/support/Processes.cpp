@@ -1,7 +1,6 @@
 #include "support/Processes.h"
 
 #include <algorithm>
-#include <chrono>
 #include <condition_variable>
 #include <cstring>
 #include <deque>
@@ -24,7 +23,8 @@ namespace support {
 namespace {
 
 constexpr int worldHandle = 91;
-constexpr auto patience = std::chrono::seconds(60);
+
+constexpr char waitsForEver[] = "every rank that has not ended waits for ever";
 
 // Ends a rank because another one has failed.
 struct OtherRankFailed {};
@@ -48,11 +48,25 @@ struct Message {
   std::vector<char> bytes;
 };
 
+using Condition = std::function<bool()>;
+
 // What the ranks share. Whoever holds `baton` runs.
 struct Shared {
-  explicit Shared(int count) : size(count), contributions(static_cast<size_t>(count)) {}
+  explicit Shared(int count)
+      : size(count),
+        living(count),
+        waiting(static_cast<size_t>(count)),
+        contributions(static_cast<size_t>(count)) {}
+
+  // Whether all ranks that have not ended wait, each for what only another one could do.
+  bool isStuck() const {
+    const auto waits = [](const Condition& ready) { return ready && !ready(); };
+    return living > 0 && std::count_if(waiting.begin(), waiting.end(), waits) == living;
+  }
 
   const int size;
+  int living;
+  std::vector<Condition> waiting; // what each rank waits for, empty for one that runs
   std::mutex baton;
   std::condition_variable changed;
   bool failed = false;
@@ -146,12 +160,14 @@ public:
 
 private:
   // Lets others run until `ready`.
-  template <class Ready>
-  void wait(Ready ready) {
-    const bool inTime =
-        _shared.changed.wait_for(*thisHold, patience, [&] { return _shared.failed || ready(); });
+  void wait(const Condition& ready) {
+    Condition& own = _shared.waiting[static_cast<size_t>(thisRank)];
+    own = ready;
+    const bool stuck = _shared.isStuck();
+    if (!stuck) _shared.changed.wait(*thisHold, [&] { return _shared.failed || ready(); });
+    own = nullptr;
+    if (stuck) throw std::runtime_error(waitsForEver);
     if (_shared.failed) throw OtherRankFailed();
-    if (!inTime) throw std::runtime_error("rank " + std::to_string(thisRank) + " waits for ever");
   }
 
   // Returns when all ranks have come here.
@@ -249,7 +265,9 @@ void runRank(Shared& shared, int rank, const std::function<void(int)>& body,
   thisHold = &hold;
   try {
     body(rank);
-    return;
+    --shared.living;
+    if (!shared.isStuck()) return;
+    throw std::runtime_error(waitsForEver);
   } catch (const OtherRankFailed&) {
     return;
   } catch (...) {

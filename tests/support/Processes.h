@@ -14,7 +14,7 @@ namespace support {
 // `count` and whose World() is 91. The static cpuNum() is 0 for all: a rank is what the body gets.
 //
 // Messages go by handle, sender and receiver, in their order. A receiver that asks for another type
-// or count than was sent, ranks that meet in different collective calls, a rank that waits for
+// or count than was sent, ranks that meet in different collective calls, ranks that all wait for
 // ever, abort and check of a result other than 0 end all ranks with std::runtime_error. What a body
 // throws ends all ranks too; the first exception leaves this function. Messages that nobody has
 // received fail the test.
