@@ -20,7 +20,7 @@
  *
  * Threads: create the manager and call Init before parallel work starts; the table has no lock of
  * its own. Lock numbers are the library's; 107 guards the initialization of the memory manager.
- * Failures: none.
+ * Failures: `std::bad_alloc` when there is no memory for the manager, else none.
  */
 class ZAREL_API C_PllMgr : public C_Singleton<C_PllMgr> {
 public:
@@ -137,16 +137,18 @@ private:
 
 extern template class C_Singleton<C_PllMgr>;
 
-/** Shows the one manager and creates it on first use. */
+/** Shows the one manager and creates it on first use. Throws `std::bad_alloc`. */
 ZAREL_API C_PllMgr* getGlobalPllManager();
 /** Deletes the manager if there is one; what a host installed goes with it. */
 ZAREL_API void ReleaseGlobalPllManager();
 
-/** Holds a lock of the one manager for as long as it lives. */
+/** Holds a lock of the one manager for as long as it lives, or until the manager is released. */
 class C_PllLock {
 public:
   explicit C_PllLock(int number) : _number(number) { getGlobalPllManager()->Lock(_number); }
-  ~C_PllLock() { getGlobalPllManager()->Unlock(_number); }
+  ~C_PllLock() {
+    if (C_PllMgr* const manager = C_PllMgr::Instance()) manager->Unlock(_number);
+  }
   C_PllLock(const C_PllLock&) = delete;
   C_PllLock& operator=(const C_PllLock&) = delete;
 

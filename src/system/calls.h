@@ -1,5 +1,5 @@
-// The system calls through which all file bytes pass, in one table, so that tests can count them
-// and make them fail.
+// The system calls through which the bytes of binary files and mappings pass, in one table, so that
+// tests can count them and make them fail. Text goes through the streams of the C library.
 #ifndef ZAREL_SYSTEM_CALLS_H
 #define ZAREL_SYSTEM_CALLS_H
 

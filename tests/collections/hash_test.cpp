@@ -248,6 +248,22 @@ TEST_F(Hash, StatisticsCountChains) {
             "\nStandard deviation = 1.24722\n");
 }
 
+TEST_F(Hash, StatisticsRememberWhatTheTableHasSeen) {
+  const Table table = tableOf(1);
+  for (const char* key : {"a", "b"})
+    hashAdd(table.get(), key, numbers);
+  for (const char* key : {"a", "b"})
+    hashDelete(table.get(), key);
+
+  EXPECT_EQ(printed([&](FILE* file) { hashStatistics(file, table.get()); }),
+            "There are 0 empty buckets, 1 non-empty buckets,\n"
+            "and 2 items in the longest chain.\n\n"
+            "Buckets of length 1: 0\n"
+            "Buckets of length 2: 0\n"
+            "\nMean bucket length = 0\n"
+            "\nStandard deviation = 0\n");
+}
+
 TEST_F(Hash, StatisticsOfNothing) {
   EXPECT_EQ(printed([&](FILE* file) { EXPECT_EQ(hashStatistics(file, nullptr), 0); }),
             "-- Null Hash Table --\n");

@@ -179,12 +179,15 @@ TEST_F(Lis, NullListOrNodeIsReported) {
   EXPECT_EQ(LIS_sup_objet(&list, "z", LIS_cmp_str, nullptr), -1);
   EXPECT_EQ(LIS_ins(nullptr, nullptr, 0), -1);
   EXPECT_EQ(LIS_append(nullptr, &stranger), -1);
+  int inserted = 7;
+  EXPECT_EQ(LIS_ins_fin_unique(nullptr, nullptr, 0, &inserted, nullptr), -1);
+  EXPECT_EQ(inserted, 0);
   hold({"a"});
   EXPECT_EQ(LIS_sup_elt(&list, nullptr, nullptr), -1);
   EXPECT_EQ(LIS_print(list, nullptr, stdout), -1);
   EXPECT_EQ(LIS_print(list, LIS_print_str, nullptr), -1);
 
-  EXPECT_EQ(errors(), Texts(8, "An argument is missing"));
+  EXPECT_EQ(errors(), Texts(9, "An argument is missing"));
 }
 
 TEST_F(Lis, PrintsThatFailAreReported) {

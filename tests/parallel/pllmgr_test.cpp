@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 #include <zarel/C_PllMgr.h>
 
+#include "support/FailingAllocation.h"
+
 namespace {
 
 using Calls = std::vector<std::string>;
@@ -179,6 +181,26 @@ TEST_F(PllMgr, LockIsHeldWithinAScope) {
     EXPECT_EQ(calls, (Calls{"lock 107"}));
   }
   EXPECT_EQ(calls, (Calls{"lock 107", "unlock 107"}));
+}
+
+TEST_F(PllMgr, LockOfAReleasedManagerIsGoneWithIt) {
+  installHost();
+  {
+    const C_PllLock lock(107);
+    ReleaseGlobalPllManager();
+  }
+  EXPECT_EQ(C_PllMgr::Instance(), nullptr) << "no manager is made for the unlock";
+  EXPECT_EQ(calls, (Calls{"lock 107"}));
+}
+
+TEST_F(PllMgr, WithoutMemoryThereIsNone) {
+  const long failures = support::forEachFailingAllocation([] {
+    ReleaseGlobalPllManager();
+    EXPECT_FALSE(C_PllMgr::IsInstanced());
+    EXPECT_EQ(getGlobalPllManager()->NbWorkers(), 1);
+  });
+
+  EXPECT_GE(failures, 2) << "the manager and the codes of its table";
 }
 
 TEST_F(PllMgr, ReleaseForgetsTheHost) {
