@@ -55,10 +55,13 @@ TEST_F(Lte, InAnEmptyListEveryInsertionIsTheFirst) {
   EXPECT_EQ(LTE_ins_apres(list, &stranger, text("a"), 1), 0);
   EXPECT_TRUE(isSound(list));
   LTE* const other = LTE_creer(nullptr);
+  LIS itsPrevious = {};
+  stranger.previous = &itsPrevious;
   EXPECT_EQ(LTE_ins_avant(other, &stranger, text("a"), 1), 0);
   EXPECT_TRUE(isSound(other));
   EXPECT_EQ(other->count, 1);
   EXPECT_EQ(stranger.next, nullptr);
+  EXPECT_EQ(itsPrevious.next, nullptr);
   LTE_free(other, nullptr);
 }
 
