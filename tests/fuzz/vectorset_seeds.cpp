@@ -1,5 +1,6 @@
 // Writes the seeds of fuzz_vectorset into a folder: small sets of every scalar in both encodings,
-// for every storage, with and without gaps, cut, and empty, and with heads that promise too much.
+// for every storage, with and without gaps and heads, cut, and empty, with bytes behind them, with
+// heads that promise too much, and files of another form.
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -14,10 +15,11 @@ public:
   explicit Corpus(char const* folder) : folder_(folder) {
     std::filesystem::create_directories(folder_);
   }
-  void add(int how, int gap, std::string const& name, std::string const& bytes) {
+  void add(int how, int gap, std::string const& name, std::string const& bytes, int counts = 0) {
     std::ofstream file(folder_ / name, std::ios::binary);
     file.put(static_cast<char>(how));
     file.put(static_cast<char>(gap));
+    file.put(static_cast<char>(counts));
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     good_ = good_ && file.flush().good();
   }
@@ -48,7 +50,7 @@ std::string fileOf(int gap) {
 
 template <class T>
 void addSets(Corpus& corpus, int scalar) {
-  for (int storage = 0; storage < 3; ++storage)
+  for (int storage = 0; storage < 4; ++storage)
     for (int encoding = 0; encoding < 2; ++encoding) {
       const int how = scalar + 8 * storage + 32 * encoding;
       const std::string name = std::to_string(how);
@@ -61,6 +63,10 @@ void addSets(Corpus& corpus, int scalar) {
       corpus.add(how, 0, name + "-long", word(3) + word(0x7fffffff) + bytes.substr(8));
       corpus.add(how, 0, name + "-many", word(0x7fffffff) + word(1) + bytes.substr(8));
       corpus.add(how, 0, name + "-negative", word(-3) + word(4) + bytes.substr(8));
+      corpus.add(how, 0, name + "-before", bytes + std::string(200, '\x5a'));
+      corpus.add(how + 64 + 128, 0, name + "-bare", bytes.substr(8), 3 + 16 * 4);
+      corpus.add(how + 64, 0, name + "-length", bytes.substr(4), 3);
+      corpus.add(how, 0, name + "-npy", "\x93NUMPY\x01{'descr': '<f8', 'shape': (4, 3), }");
     }
 }
 
