@@ -1,5 +1,6 @@
 // The data file of a set: its name, its size, and what a failure leaves of it.
 #include <cerrno>
+#include <string_view>
 
 #include <sys/resource.h>
 
@@ -353,6 +354,44 @@ TEST_F(DataFile, ThatIsNotClosedTellsWhy) {
   ::close(set.getDataFileDescriptor());
   EXPECT_EQ(toldBy([&] { set.Release(true); }), (Told{27, 16}));
   EXPECT_EQ(set.getDataFileDescriptor(), -1);
+}
+
+// The steps.
+
+/** The steps of the set, outermost first, in which a call fails with a system call of a name. */
+template <class Call>
+std::string stepsWhen(const char* name, Call call) {
+  constexpr std::string_view prefix = "C_VSTRUCT<T>::";
+  std::string steps;
+  support::capture([&] {
+    const support::FailingCall failing(1, name, EIO);
+    try {
+      call();
+    } catch (const C_ZarelException& e) {
+      for (const C_Entry& entry : e.getCallStack().GetStack()) {
+        const std::string_view function = entry.GetFunction();
+        if (function.substr(0, prefix.size()) == prefix)
+          steps.append(steps.empty() ? "" : " ").append(function.substr(prefix.size()));
+      }
+    }
+  });
+  return steps;
+}
+
+TEST_F(DataFile, FailuresNameTheStepsThatLedThere) {
+  std::wstring name = put("read");
+  Set set, read;
+  const auto make = [&] { set.Allocate(2, 3, 4, nullptr); };
+
+  EXPECT_EQ(stepsWhen("open", make), "Allocate _CreateDataFile");
+  EXPECT_EQ(stepsWhen("fallocate", make), "Allocate _CreateDataFile _setDataFileSize");
+  make();
+  EXPECT_EQ(stepsWhen("mmap", [&] { set.MapBlock(0, 0); }), "MapBlock");
+  EXPECT_EQ(stepsWhen("ftruncate", [&] { set.Resize(2, nullptr); }),
+            "Resize _ResizeOutofcore _setDataFileSize");
+  EXPECT_EQ(stepsWhen("close", [&] { set.Release(true); }), "Release _CloseDataFile");
+  EXPECT_EQ(stepsWhen("read", [&] { read.Read(name.c_str(), 0, 1, false, 0, 0, 0); }), "Read");
+  EXPECT_EQ(stepsWhen("read", [&] { read.Restore(name.data(), 0ULL, 1, 0, 0); }), "Restore");
 }
 
 // The way of Resize that names its caller.
