@@ -193,9 +193,19 @@ public:
   int GetSize(int& m, int& n) override;
   int ProdAV(C_Vec<double, int>& x, C_Vec<double, int>& y) override;
   int ProdAtAV(C_Vec<double, int>& x, C_Vec<double, int>& y) override;
-  /** The set must own its storage unless the number of vectors stays. */
+  /**
+   * The set must own its storage unless the number of vectors stays. It is cut first and takes the
+   * vectors one by one then: a failure on the way leaves some of them replaced.
+   */
   int SetNewA(Zarel::C_VSTRUCT<double>& q) override;
   int ProdAMat(C_MatMGe<double>& X, C_MatMGe<double>& Y) override;
+
+protected:
+  /** @name A prepared Gram matrix
+   * A class that has A^T A at hand stores it here and has it used in place of the set. @{ */
+  C_MatMGe<double> gram_;
+  bool useGram_ = false;
+  /** @} */
 
 private:
   using Vector = C_VecPi<double, int, C_PtrInCore<double, int>>;
@@ -209,10 +219,8 @@ private:
 
   Zarel::C_VSTRUCT<double>* set_;
   Vector work_;
-  C_MatMGe<double> gram_;
   int blockSize_ = 1;
   int blocks_;
-  bool useGram_ = false;
   bool noWholeView_ = false; ///< a view of all vectors was refused during this run
 };
 
@@ -226,13 +234,14 @@ private:
  * first go to a temporary data file, then into the set.
  *
  * Accuracy: squaring the operator halves the digits, so that values below about 1e-8 of the largest
- * may be rounding, and so may their vectors. An eigenvalue of A^T A that rounding made negative
- * counts as 0; one that is truly negative, from an operator that is not A^T A, gives a value that
- * is not a number.
+ * may be rounding, and so may be what their vectors say of the set; the left vectors are
+ * orthonormal all the same. An eigenvalue of A^T A that rounding made negative counts as 0; one
+ * that is truly negative, from an operator that is not A^T A, gives a value that is not a number.
  *
  * Defaults that a run has filled in (NEV, restarts) stay for the next one.
  * Progress: the engine of the interface, if any, hears each product through Update, and may end
- * the run by throwing in checkAbort.
+ * the run by throwing in checkAbort, also while the left vectors are made. The set is then as it
+ * was.
  * Threads: ARPACK has static state, so one run at a time in a process, also from within ProdAtAV.
  */
 class ZAREL_API C_AlgoSvdArpack : public C_AlgoSvd<double> {
@@ -262,7 +271,8 @@ private:
   void completeRightHand(int last);
   int replaceVectors(C_ItfSvdArpack& itf, int kept);
   int fillBasis(C_ItfSvdArpack& itf, Zarel::C_VSTRUCT<double>& basis, int first, int count);
-  void normalise(Values& u, int i);
+  void normalise(Zarel::C_VSTRUCT<double>& basis, int i);
+  void separate(Zarel::C_VSTRUCT<double>& basis, int i);
   void summarise(const Iteration& run);
   void tell(const char* format, ...);
 

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include <zarel/C_Trace.h>
+#include <zarel/C_VecRand.h>
 #include <zarel/itf.h>
 
 #include "containers/finite.h"
@@ -32,9 +33,34 @@ constexpr int basisBlock = 32;
 
 constexpr double tolerance = 0; // ARPACK takes the machine's
 
+/** Part of the largest value from which on A v alone is a left vector. Rounding leaves eps times
+ * the largest value of the other directions in it, of which a shorter product holds too much. */
+constexpr double trusted = 1e-4;
+
 double dot(int n, double* x, double* y) {
   return ITF_ddot(n, x, 1, y, 1);
 }
+
+/** Lets go of the view of a set that a run made, unless the run succeeded. */
+class ViewOfRun {
+public:
+  explicit ViewOfRun(C_VSTRUCT<double>& set) : set_(set), ours_(set.Adr() == nullptr) {}
+  ~ViewOfRun() {
+    if (!ours_) return;
+    try {
+      set_.UnmapAllBlocks();
+    } catch (const C_ZarelException&) { // something else went wrong before
+    }
+  }
+  ViewOfRun(const ViewOfRun&) = delete;
+  ViewOfRun& operator=(const ViewOfRun&) = delete;
+
+  void keep() { ours_ = false; }
+
+private:
+  C_VSTRUCT<double>& set_;
+  bool ours_;
+};
 
 } // namespace
 
@@ -99,7 +125,10 @@ int C_AlgoSvdArpack::Run(C_VSTRUCT<double>& Q, int first, int) {
   C_ItfSvdArpackCVstruct itf(Q);
   rows_ = Q.getDim1();
   columns_ = Q.getDim();
-  return Run(static_cast<C_ItfAlgorithm&>(itf));
+  ViewOfRun view(Q);
+  const int result = Run(static_cast<C_ItfAlgorithm&>(itf));
+  if (result == 0) view.keep();
+  return result;
 }
 
 int C_AlgoSvdArpack::Run(C_ItfAlgorithm& problem) {
@@ -200,8 +229,7 @@ void C_AlgoSvdArpack::take(Iteration& run) {
   const double* const d = run.d[0];
   values_.Resize(found);
   rightHand_.Resize(found == n - 1 ? n : found, n);
-  const double rounding =
-      found == 0 ? 0 : n * std::numeric_limits<double>::epsilon() * std::abs(d[found - 1]);
+  const double rounding = n * std::numeric_limits<double>::epsilon() * std::abs(d[found - 1]);
   for (int i = 0; i < found; ++i) {
     const int k = found - 1 - i;
     values_[i] = std::sqrt(d[k] < 0 && d[k] >= -rounding ? 0.0 : d[k]);
@@ -234,9 +262,12 @@ void C_AlgoSvdArpack::completeRightHand(int last) {
 
 /** Makes the left vectors on a temporary data file and hands them to the problem. */
 int C_AlgoSvdArpack::replaceVectors(C_ItfSvdArpack& itf, int kept) {
+  Zarel::C_ProgressEngine* const progress = itf.getProgressEngine();
   C_VSTRUCT<double> basis(2, kept, rows_, nullptr);
-  for (int first = 0; first < kept; first += basisBlock)
+  for (int first = 0; first < kept; first += basisBlock) {
     if (fillBasis(itf, basis, first, std::min(basisBlock, kept - first)) != 0) return traced();
+    if (progress != nullptr) progress->checkAbort();
+  }
   return itf.SetNewA(basis) == 0 ? 0 : traced();
 }
 
@@ -250,17 +281,39 @@ int C_AlgoSvdArpack::fillBasis(C_ItfSvdArpack& itf, C_VSTRUCT<double>& basis, in
   C_MatMGe<double> left(rows_, count, basis[first]->Adr(0), rows_);
   if (itf.ProdAMat(right, left) != 0) return traced();
   for (int i = first; i < first + count; ++i)
-    normalise(*basis[i], i);
+    normalise(basis, i);
   return 0;
 }
 
-/** Scales a left vector, whose length is its singular value, to length 1; a zero stays zero. */
-void C_AlgoSvdArpack::normalise(Values& u, int i) {
+/** Makes a unit vector of A v, whose length is its singular value. */
+void C_AlgoSvdArpack::normalise(C_VSTRUCT<double>& basis, int i) {
+  Values& u = *basis.GetVector(i, nullptr);
   const double norm = u.Nrm2();
   if (i == values_.Dim()) completedValue_ = norm;
-  if (norm > 0) Zarel::decomposition::rscl(u.Dim(), norm, u.Adr(0));
+  if (norm > trusted * values_[0])
+    Zarel::decomposition::rscl(u.Dim(), norm, u.Adr(0));
+  else
+    separate(basis, i);
   const double value = keptValue(i);
   tell("[SVD] Vp No %d (%E) : Erreur Residuelle = %E", i, value, std::abs(norm - value));
+}
+
+/**
+ * Makes a short left vector orthogonal to those before it. What remains may be rounding, and is
+ * taken again until it is orthogonal; where nothing remains, any direction will do.
+ */
+void C_AlgoSvdArpack::separate(C_VSTRUCT<double>& basis, int i) {
+  constexpr double clean = 0.5;
+  Values x;
+  x.Copy(*basis[i]);
+  unsigned seed = 0;
+  do {
+    const double norm = x.Nrm2();
+    if (norm > 0)
+      Zarel::decomposition::rscl(x.Dim(), norm, x.Adr(0));
+    else if (C_VecRand(x, E_SeedUser, ++seed) != 0)
+      Zarel::fail(1001);
+  } while (basis.AddVector(x, i, true, clean, nullptr) != 0);
 }
 
 void C_AlgoSvdArpack::summarise(const Iteration& run) {

@@ -26,7 +26,7 @@ constexpr std::int64_t leastPanelRows = 256;
 
 /** Tells what a set throws before passing it on. */
 template <class Operation>
-int told(Operation operation) {
+auto told(Operation operation) {
   try {
     return operation();
   } catch (C_ZarelException& e) {
@@ -141,13 +141,11 @@ int C_ItfSvdArpackCVstruct::tellFault() {
 int C_ItfSvdArpackCVstruct::ProdAMat(C_MatMGe<double>& X, C_MatMGe<double>& Y) {
   const int m = set_->getDim1(), n = set_->getDim();
   if (X.NbRow() != n || Y.NbRow() != m || X.NbCol() != Y.NbCol()) return traced();
-  return told([&] {
-    double* const a = wholeMatrix();
-    if (a == nullptr) return C_ItfSvdArpack::ProdAMat(X, Y);
-    Zarel::Lapack::gemm('N', 'N', m, X.NbCol(), n, 1.0, a, lead(), X.Adr(), X.LeadDim(), 0.0,
-                        Y.Adr(), Y.LeadDim());
-    return 0;
-  });
+  double* const a = told([&] { return wholeMatrix(); });
+  if (a == nullptr) return C_ItfSvdArpack::ProdAMat(X, Y);
+  Zarel::Lapack::gemm('N', 'N', m, X.NbCol(), n, 1.0, a, lead(), X.Adr(), X.LeadDim(), 0.0, Y.Adr(),
+                      Y.LeadDim());
+  return 0;
 }
 
 int C_ItfSvdArpackCVstruct::SetNewA(C_VSTRUCT<double>& q) {

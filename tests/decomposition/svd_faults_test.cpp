@@ -1,7 +1,10 @@
 // Decompositions on which memory or the system fails, and of sets over files of other programs.
+#include <cmath>
 #include <filesystem>
 #include <map>
 #include <set>
+#include <string>
+#include <type_traits>
 
 #include <dirent.h>
 
@@ -103,6 +106,103 @@ protected:
   int before = filesIn("/proc/self/fd");
 };
 
+/** The direct solver works in place; the restarted one changes nothing before it cuts the set. */
+template <class Algorithm>
+constexpr bool changesNothingBeforeTheCut = std::is_same_v<Algorithm, C_AlgoSvdArpack>;
+
+/** Runs on four vectors, of which the threshold keeps two, with one thing going wrong. */
+template <class Algorithm>
+class OneRun {
+public:
+  OneRun(int mode, Matrix& a) : mode_(mode), a_(a), set_(mode, 4, 12, nullptr) {
+    fillFrom(set_, a);
+    set_.UnmapAllBlocks();
+    svd_.SetThresholdValue(0.25);
+  }
+
+  void run() {
+    try {
+      failed_ = svd_.Run(set_, 0, -1) != 0;
+    } catch (const std::bad_alloc&) {
+      failed_ = true;
+    } catch (const C_ZarelException&) {
+      failed_ = true;
+    }
+  }
+
+  /** Either all is well, or nothing is left of the run and both objects serve another one. */
+  void check() {
+    if (failed_) {
+      EXPECT_EQ(svd_.GetNbRetained(), 0);
+      if (mode_ == onFile) expectNothingMapped();
+      if (set_.getDim() != 2) expectUncut();
+      set_.Allocate(mode_, 4, 12, nullptr);
+      fillFrom(set_, a_);
+      EXPECT_EQ(svd_.Run(set_, 0, -1), 0);
+    }
+    EXPECT_EQ(svd_.GetNbRetained(), 2);
+    Matrix u = matrixOf(set_);
+    EXPECT_EQ(u.NbCol(), 2);
+    EXPECT_LE(departure(u), 1e-12);
+    EXPECT_LE(reconstructionError<double>(svd_, u, a_), 1.01);
+  }
+
+private:
+  void expectNothingMapped() {
+    EXPECT_EQ(set_.Adr(), nullptr);
+    for (unsigned j = 0; j < static_cast<unsigned>(set_.getDim()); ++j)
+      EXPECT_FALSE(set_.isMapped(j)) << j;
+  }
+  void expectUncut() {
+    ASSERT_EQ(set_.getDim(), 4);
+    Matrix after = matrixOf(set_);
+    if (changesNothingBeforeTheCut<Algorithm>) {
+      EXPECT_EQ(largestDifference(after, a_), 0);
+    }
+  }
+
+  int mode_;
+  Matrix& a_;
+  Set set_;
+  Algorithm svd_;
+  bool failed_ = false;
+};
+
+/** Makes the n-th event of a run fail, for each n, and of nothing but the run. */
+template <class Algorithm, class Failing>
+long failEachIn(int mode) {
+  Matrix a = withSpectrum<double>(12, {4, 2, 1, 0.5});
+  long n = 0;
+  bool happened = true;
+  while (happened) {
+    OneRun<Algorithm> one(mode, a);
+    ++n;
+    support::capture([&] {
+      const Failing failing(n);
+      one.run();
+      happened = Failing::happened();
+    });
+    SCOPED_TRACE("number " + std::to_string(n) + " in mode " + std::to_string(mode));
+    one.check();
+  }
+  return n - 1;
+}
+
+TEST_F(SvdFaults, AnyAllocationOfARunMayFail) {
+  for (const int mode : {inCore, onFile}) {
+    EXPECT_GT((failEachIn<C_AlgoSvdLapack<double>, support::FailingAllocation>(mode)), 5);
+    EXPECT_GT((failEachIn<C_AlgoSvdArpack, support::FailingAllocation>(mode)), 10);
+  }
+}
+
+TEST_F(SvdFaults, AnySystemCallOfARunMayFail) {
+  EXPECT_EQ((failEachIn<C_AlgoSvdLapack<double>, support::FailingCall>(inCore)), 0);
+  EXPECT_GT((failEachIn<C_AlgoSvdLapack<double>, support::FailingCall>(onFile)), 2);
+  for (const int mode : {inCore, onFile})
+    EXPECT_GT((failEachIn<C_AlgoSvdArpack, support::FailingCall>(mode)), 5);
+  removeWhatCouldNotBe(); // the files whose unlink was made to fail
+}
+
 TEST_F(SvdFaults, SystemFailsInTheDirectSolver) {
   failSystemCalls<C_AlgoSvdLapack<double>>();
 }
@@ -181,6 +281,27 @@ TEST_F(SvdFiles, TheRestartedSolverTakesGapsAndVectorsThatAreNeverMapped) {
     const std::vector<double> s = valuesOf<double>(svd);
     EXPECT_NEAR(s[0], 4, 1e-12);
     EXPECT_NEAR(s[1], 2, 1e-12);
+  }
+}
+
+TEST_F(SvdFiles, TheRestartedSolverNamesTheVectorAtFaultInFilesToo) {
+  std::rewind(file);
+  std::fseek(file, 8 + 8 * (30 + 2 + 7), SEEK_SET); // the head, a vector, a gap, seven values
+  const double none = std::nan("");
+  std::fwrite(&none, sizeof none, 1, file);
+  for (const bool mapped : {true, false}) {
+    std::rewind(file);
+    Set set;
+    set.Read(file, 2, mapped, 0, 0, 16);
+    C_AlgoSvdArpack svd;
+
+    const auto said = support::capture([&] { EXPECT_EQ(svd.Run(set, 0, -1), -1); });
+
+    EXPECT_NE(said.err.find("vector 1 holds a value that is not a finite number"),
+              std::string::npos)
+        << said.err;
+    EXPECT_EQ(svd.GetNbRetained(), 0);
+    EXPECT_EQ(set.Adr(), nullptr); // no view stays
   }
 }
 
