@@ -99,17 +99,67 @@ TEST(Algorithm, AskingEntersNothingButReadingDoes) {
   EXPECT_TRUE(algorithm.isOption_d("other"));
 }
 
+TEST(Algorithm, SettingAnOptionAgainReplacesItsValue) {
+  C_Algorithm algorithm("");
+  for (int value : {1, 2}) {
+    algorithm.setOption("i", value);
+    algorithm.setOption("d", value / 4.0);
+    algorithm.setOption("b", value == 1);
+    algorithm.setOption("s", std::to_string(value));
+  }
+
+  EXPECT_EQ(algorithm.getOption_i("i"), 2);
+  EXPECT_EQ(algorithm.getOption_d("d"), 0.5);
+  EXPECT_FALSE(algorithm.getOption_b("b"));
+  EXPECT_EQ(algorithm.getOption_s("s"), "2");
+  EXPECT_EQ(algorithm.getiOptions().size(), 1u);
+}
+
+TEST(Algorithm, HasNoOptionsOfItsOwn) {
+  C_Algorithm algorithm("");
+  algorithm.InitOptions();
+
+  EXPECT_TRUE(algorithm.getbOptions().empty() && algorithm.getiOptions().empty() &&
+              algorithm.getdOptions().empty() && algorithm.getsOptions().empty());
+}
+
 TEST(Algorithm, ACopyTakesNameAndOptionsAndGoesItsOwnWay) {
   C_Algorithm algorithm("first");
   algorithm.setOption("a", 1);
+  algorithm.setOption("a", 0.5);
+  algorithm.setOption("a", true);
+  algorithm.setOption("a", "text");
   C_Algorithm copy(algorithm), assigned("second");
+  assigned.setOption("own", 3);
   assigned = algorithm;
   algorithm.setOption("a", 2);
 
-  EXPECT_EQ(copy.GetName(), "first");
-  EXPECT_EQ(copy.getOption_i("a"), 1);
-  EXPECT_EQ(assigned.GetName(), "first");
-  EXPECT_EQ(assigned.getOption_i("a"), 1);
+  EXPECT_FALSE(assigned.isOption_i("own"));
+  for (C_Algorithm* other : {&copy, &assigned}) {
+    EXPECT_EQ(other->GetName(), "first");
+    EXPECT_EQ(other->getOption_i("a"), 1);
+    EXPECT_EQ(other->getOption_d("a"), 0.5);
+    EXPECT_TRUE(other->getOption_b("a"));
+    EXPECT_EQ(other->getOption_s("a"), "text");
+  }
+}
+
+/** Shows its options in its own way. */
+class Terse : public C_Algorithm {
+public:
+  using C_Algorithm::C_Algorithm;
+  void AffOptions(C_ZarelMessage& message) override {
+    message.Append("none");
+    message.Print();
+  }
+};
+
+TEST(Algorithm, TheConfigurationShowsTheOptionsAsADerivedClassDoes) {
+  Terse algorithm("terse");
+  C_ZarelMessage message = messageOfLevel(0);
+
+  EXPECT_EQ(capture([&] { algorithm.DisplayConfiguration(message); }).out,
+            "\n\nAlgorithm Name : terse\n\nnone ");
 }
 
 TEST(Algorithm, PrintsItsOptionsTableByTableInTheOrderOfNames) {

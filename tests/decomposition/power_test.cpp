@@ -1,6 +1,7 @@
 // The power iteration against matrices whose spectrum is known, and the spectral norm that rests
 // on it.
 #include <cmath>
+#include <cstdio>
 #include <limits>
 
 #include <zarel/C_AlgoPower.h>
@@ -144,6 +145,66 @@ TYPED_TEST(AlgoPower, RuleOneGoesOnUntilTwoEstimatesAreEqual) {
   expectClose(run(power, m, 0), 16, 16);
 }
 
+using RunOfDoubles = Run<double>;
+
+/** The iteration on diag(16, 4, 1) in plain words: the last estimate, and the rounds before it. */
+struct Plain {
+  Plain(int rule, double tolerance, int maxIter) {
+    const double entries[] = {16, 4, 1};
+    VecOf<double> x(3);
+    C_VecRand(x, E_SeedUser, 1);
+    for (double former = 0;; former = estimate, ++rounds) {
+      const double norm = std::sqrt(x[0] * x[0] + x[1] * x[1] + x[2] * x[2]);
+      double y[3], residual = 0;
+      estimate = 0;
+      for (int i = 0; i < 3; ++i) {
+        x[i] /= norm;
+        y[i] = entries[i] * x[i];
+        estimate += x[i] * y[i];
+      }
+      for (int i = 0; i < 3; ++i)
+        residual += (y[i] - estimate * x[i]) * (y[i] - estimate * x[i]);
+      const bool settled = std::abs((estimate - former) / estimate) <= tolerance;
+      const bool last = rounds >= maxIter;
+      if (rule == 0   ? residual / estimate <= tolerance || last
+          : rule == 1 ? settled
+          : rule == 2 ? settled || last
+                      : true)
+        return;
+      for (int i = 0; i < 3; ++i)
+        x[i] = y[i];
+    }
+  }
+  double estimate = 0;
+  int rounds = 0;
+};
+
+TEST(AlgoPowerRules, EndWhereThePlainIterationEnds) {
+  C_MatMGe<double> m = diagonal<double>({16, 4, 1});
+  C_MessageTool* const tool = C_MessageTool::Instance("DefaultMessageTool");
+  tool->setVerbosityLevel(3, Zarel::SCREEN);
+  tool->ActivateDebugScope(306, true, Zarel::SCREEN);
+  for (int rule : {0, 1, 2, 3})
+    for (double tolerance : {5.0, 0.5, 0.05, 1e-6})
+      for (int maxIter : {0, 2, 50}) {
+        C_AlgoPower<double> power("p", tolerance);
+        power.setOption("StopCriteria", rule);
+        RunOfDoubles run;
+        const Plain plain(rule, tolerance, maxIter);
+        char line[64];
+        std::snprintf(line, sizeof line, "[p]\tIter [%3d] : Teta = %g ", plain.rounds,
+                      plain.estimate);
+        double estimate = 0;
+
+        const auto said = support::capture([&] { estimate = run(power, m, maxIter); });
+
+        EXPECT_NEAR(estimate, plain.estimate, 1e-13);
+        EXPECT_EQ(said.out, line) << "rule " << rule << ", " << tolerance << ", " << maxIter;
+      }
+  tool->ActivateDebugScope(306, false, Zarel::SCREEN);
+  tool->setVerbosityLevel(0, Zarel::SCREEN);
+}
+
 TYPED_TEST(AlgoPower, StopsBelowTheSmallestEstimateWhateverTheRule) {
   using T = TypeParam;
   C_MatMGe<T> m = diagonal<T>({1e-15, 0.5e-15});
@@ -153,6 +214,16 @@ TYPED_TEST(AlgoPower, StopsBelowTheSmallestEstimateWhateverTheRule) {
   Run<T> run;
 
   expectClose(run(power, m, -1), expected, 1e-15);
+}
+
+TYPED_TEST(AlgoPower, AboveTheSmallestEstimateTheRuleDecides) {
+  using T = TypeParam;
+  C_MatMGe<T> m = diagonal<T>({8e-14, 2e-14});
+  C_AlgoPower<T> power("", 0);
+  power.setOption("StopCriteria", 1);
+  Run<T> run;
+
+  expectClose(run(power, m, -1), 8e-14, 8e-14);
 }
 
 TYPED_TEST(AlgoPower, ANotANumberEndsEveryRule) {
@@ -188,6 +259,16 @@ TYPED_TEST(AlgoPower, AnOverflowingVectorThrows) {
 
   if (isComplex<T>) return; // the infinity meets an imaginary 0 and is no number at once
   EXPECT_EQ(codeOf([&] { run(power, m, 5); }), 13202);
+}
+
+TEST(AlgoPowerRules, ANormThrowsAbove1e100Only) {
+  C_AlgoPower<double> power("", 0);
+  RunOfDoubles run;
+  C_MatMGe<double> below = diagonal<double>({0.9e100}), above = diagonal<double>({1.1e100});
+  power.setOption("StopCriteria", 2); // the residual would end with the first round
+
+  EXPECT_NEAR(run(power, below, 3) / 0.9e100, 1, 1e-14);
+  EXPECT_EQ(codeOf([&] { run(power, above, 3); }), 13202);
 }
 
 TYPED_TEST(AlgoPower, TellsItsEndToThoseWhoListen) {

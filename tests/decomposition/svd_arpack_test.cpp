@@ -360,6 +360,23 @@ TEST(AlgoSvdArpack, TellsItsStepsToThoseWhoListen) {
     EXPECT_TRUE(holds(said.out, text)) << text << "\nin\n" << said.out;
 }
 
+TEST(AlgoSvdArpack, TakesTwiceAsManyLanczosVectorsAsValues) {
+  Matrix a = withSpectrum<double>(20, graded(12, 1, 0.1));
+  Set set(inCore, 12, 20, nullptr);
+  fillFrom(set, a);
+  C_AlgoSvdArpack svd;
+  int nev = 3;
+  svd.SetNbEigenValuesToFind(nev);
+
+  const auto said = capture([&] {
+    const Listening listening;
+    ASSERT_EQ(svd.Run(set, 0, -1), 0);
+  });
+
+  EXPECT_TRUE(holds(said.out, "[SVD] Nombre maximum d'iterations : 12"));
+  EXPECT_TRUE(holds(said.out, "Arnoldi vectors generated (NCV) is 6\n")) << said.out;
+}
+
 /** A diagonal operator, with a count of its products and a wish to fail at one of them. */
 class Diagonal : public C_ItfSvdArpack {
 public:

@@ -195,6 +195,34 @@ TEST_F(SvdFaults, AnyAllocationOfARunMayFail) {
   }
 }
 
+/** What a run made room for stays for the next one of the same sizes, unless another came between.
+ */
+TEST_F(SvdFaults, ARunThatFoundNoRoomIsForgotten) {
+  Matrix small = withSpectrum<double>(12, {4, 2, 1}),
+         large = withSpectrum<double>(30, graded(9, 1, 0.5));
+  long n = 0;
+  bool happened = true;
+  while (happened) {
+    Matrix first = small, second = large, third = small;
+    C_AlgoSvdLapack<double> svd;
+    svd.SetThresholdValue(-1);
+    ASSERT_EQ(svd.Run(first, 0), 0);
+    {
+      const support::FailingAllocation failing(++n);
+      try {
+        svd.Run(second, 0);
+      } catch (const std::bad_alloc&) {
+      } catch (const C_ZarelException&) {
+      }
+      happened = support::FailingAllocation::happened();
+    }
+    ASSERT_EQ(svd.Run(third, 0), 0);
+    EXPECT_EQ(valuesOf<double>(svd).size(), 3u) << n;
+    EXPECT_LE(reconstructionError<double>(svd, third, small), 1e-13) << n;
+  }
+  EXPECT_GT(n, 3);
+}
+
 TEST_F(SvdFaults, AnySystemCallOfARunMayFail) {
   EXPECT_EQ((failEachIn<C_AlgoSvdLapack<double>, support::FailingCall>(inCore)), 0);
   EXPECT_GT((failEachIn<C_AlgoSvdLapack<double>, support::FailingCall>(onFile)), 2);
