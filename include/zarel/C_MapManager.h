@@ -57,7 +57,8 @@ public:
   /**
    * Maps the bytes `offset` to `offset + length` of the file behind `handles`, in the mode set
    * before. The view starts at the multiple of `granularity` below `offset`; `granularity` is a
-   * multiple of the system's page size.
+   * multiple of the system's page size. A view that the record shows is forgotten, not ended: end
+   * it before, or through a copy of the record.
    *
    * A view for writing first gets its place on the disk, holes of the file included, so that a
    * full disk is an error here and no signal later.
@@ -127,13 +128,14 @@ public:
    *                their mode and name. A descriptor that was closed and is now another file's is
    *                seen, and opens that file.
    * @param file    the file's name; may be null if the descriptor serves. Mode 2 creates a file
-   *                that does not exist (for its owner only).
+   *                that does not exist (for its owner only), which is empty and not mapped yet.
    * @param mode    2 to read and write, 0 to read
    * @param offset  the first byte; any
    * @param length  bytes, above 0
    *
-   * Fails with (13, 0) when the file cannot be opened or is empty, and with (13, 100) as
-   * `C_MapPtr::MapToFile` does. The file stays in the table all the same until it is released.
+   * Fails with (13, 0) when the file cannot be opened, is empty or is no regular file, and with
+   * (13, 100) as `C_MapPtr::MapToFile` does. The file stays in the table all the same until it is
+   * released.
    */
   C_MapPtr* MapPtr(C_MapPtr* ptr, int fd, const wchar_t* file, int mode, unsigned __int64 offset,
                    unsigned __int64 length);

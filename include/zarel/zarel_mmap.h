@@ -7,9 +7,10 @@
  * on the disk before it is mapped, so that a full disk is a failure here and no signal later; a
  * range never reaches past the end of the file. A mapped file must not be cut.
  *
- * `name`, `source` and `line` say who asks. Failures are reported through `Erreur` with the text of
- * a message between 3100 and 3127, at that place. Functions with `int* error` store 0 or -1 there
- * unless it is null. Nothing is thrown.
+ * `name`, `source` and `line` say who asks. A mapping that cannot be made is told by its null
+ * result alone; one that cannot be ended is reported through `Erreur` at that place, with the text
+ * of message 3127. Functions with `int* error` store 0 or -1 there unless it is null. Nothing is
+ * thrown.
  *
  * Threads: one at a time, for all mappings together.
  */

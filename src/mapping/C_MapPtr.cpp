@@ -52,6 +52,9 @@ SystemAdvice systemAdvice(E_MapAdvice advice) {
 
 void C_MapPtr::MapToFile(unsigned __int64 offset, unsigned __int64 length, unsigned int granularity,
                          __2Handles* handles) {
+  const int mode = _mode;
+  *this = C_MapPtr();
+  _mode = mode;
   _offset = offset;
   _userLength = length;
   _handles = handles;

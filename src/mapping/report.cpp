@@ -10,8 +10,6 @@ namespace Zarel {
 
 namespace {
 
-constexpr int firstMessage = 3100;
-
 // What is said where the host has brought no texts.
 const char* plainText(MapMessage message) {
   switch (message) {
@@ -42,7 +40,7 @@ struct FreeText {
 // Callers in C expect no exception, and the failure counts more than its report.
 int Caller::fail(MapMessage message, const char* function) const {
   try {
-    const std::unique_ptr<char, FreeText> text(MSG_get(firstMessage + message));
+    const std::unique_ptr<char, FreeText> text(MSG_get(message));
     Erreur(function, line, source ? source : "", "%s", text ? text.get() : plainText(message));
   } catch (const std::bad_alloc&) {
   }

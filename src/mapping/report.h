@@ -4,15 +4,15 @@
 
 namespace Zarel {
 
-// Numbers in the family of messages that starts at 3100.
+// Numbers of messages, whose texts a host may bring.
 enum MapMessage : int {
-  outOfMemory = 3,
-  notMapped = 22,
-  notUnmapped = 23,
-  fileNotMade = 24,
-  fileNotDeleted = 25,
-  fileNotClosed = 26,
-  registerFailed = 27
+  outOfMemory = 3103,
+  notMapped = 3122,
+  notUnmapped = 3123,
+  fileNotMade = 3124,
+  fileNotDeleted = 3125,
+  fileNotClosed = 3126,
+  registerFailed = 3127
 };
 
 // Where a function of this room was called, and where its result goes.

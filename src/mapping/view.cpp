@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
+#include <string>
 
 #include "mapping/reserve.h"
 #include "system/calls.h"
@@ -46,14 +47,22 @@ bool isMode(int mode) {
   return mode == mapReading || mode == mapReadWrite;
 }
 
+// Whether there is something that cannot be mapped and may not be opened like a file: a pipe keeps
+// its reader waiting for a writer, a device may do anything.
+bool opensOtherwise(const std::string& name) {
+  struct stat status;
+  return systemCalls().stat(name.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
+}
+
 } // namespace
 
 int openForViews(const wchar_t* file, int mode) {
-  if (!file) {
+  const std::string name = file ? toUtf8(file) : std::string();
+  if (!file || opensOtherwise(name)) {
     errno = EINVAL;
     return -1;
   }
-  return openDescriptor(toUtf8(file), mode == mapReadWrite ? O_RDWR | O_CREAT : O_RDONLY).release();
+  return openDescriptor(name, mode == mapReadWrite ? O_RDWR | O_CREAT : O_RDONLY).release();
 }
 
 bool takeSize(__2Handles& handles) {

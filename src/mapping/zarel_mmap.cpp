@@ -1,6 +1,6 @@
 #include <zarel/zarel_mmap.h>
 
-#include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <new>
 
@@ -32,6 +32,12 @@ struct Key {
   }
   char text[48];
 };
+
+// Numbers start anew behind the largest one: an address is mapped once at a time, so that keys stay
+// different.
+int followerOf(int id) {
+  return id == INT_MAX ? 1 : id + 1;
+}
 
 bool haveRegister() {
   return mappings || hashCreate(buckets, &mappings) == 0;
@@ -83,9 +89,9 @@ bool makeViewOrNone(const wchar_t* file, int mode, unsigned __int64 offset, unsi
 
 // Fills a record in and registers it. False, and the record is not registered, without memory.
 bool enter(ZAREL_MMAP& record, ZAREL_MMAP_VIEW* view) {
-  record = {view->address, lastId + 1, 'Y', 0};
+  record = {view->address, followerOf(lastId), 'Y', 0};
   if (!haveRegister() || hashAdd(mappings, Key(record).text, view) != 0) return false;
-  ++lastId;
+  lastId = record.id;
   return true;
 }
 

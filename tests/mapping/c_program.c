@@ -37,6 +37,7 @@ static void unit(void) {
   ZAREL_MMAP* record = zarelmem_malloc_ooc(4, NULL, "unit", __FILE__, __LINE__, &error);
   wchar_t* file;
   expect(error == 0 && zarelmem_ismapped(record), "a unit is made");
+  expect(record->id == 1, "the first mapping of a process has number 1");
   memcpy(record->address, "unit", 4);
   record = grown(record, 100000);
   expect(zarelmem_get_mapped_size(record, __FILE__, __LINE__, &error) == 100000,

@@ -1,5 +1,7 @@
 // Registered mappings.
 #include <cstring>
+#include <set>
+#include <string>
 
 #include <gtest/gtest.h>
 #include <zarel/zarel_mmap.h>
@@ -118,9 +120,38 @@ TEST_F(Mmap, WhatCannotBeMappedLeavesNothingOpen) {
   refused(L"/no/such/file", 0, 0, 1);
   refused(L"/no/such/file", 2, 0, 1);
   refused(nullptr, 0, 0, 1);
+  ASSERT_EQ(mkfifo(directory.file("pipe").c_str(), 0600), 0);
+  refused(Zarel::toWide(directory.file("pipe")).c_str(), 0, 0, 1);
+  refused(Zarel::toWide(directory.path()).c_str(), 0, 0, 1);
 
   EXPECT_EQ(openDescriptors(), before);
   EXPECT_EQ(zarel_sum_memsize(), booked);
+}
+
+TEST_F(Mmap, WhatCannotBeMappedIsToldByItsResultAlone) {
+  const std::set<std::string> needed = {"open", "fstat", "fallocate", "mmap"};
+  std::set<std::string> refused;
+  ASSERT_EQ(truncate(name.c_str(), 1 << 20), 0);
+  ZAREL_MMAP record;
+  bool failed = true;
+
+  for (long n = 1; failed; ++n) {
+    std::string call;
+    const std::string told = toldBy([&] {
+      const FailingCall failing(n);
+      map(2, 0, 1 << 20, &record);
+      failed = FailingCall::happened();
+      call = FailingCall::failed();
+    });
+    EXPECT_EQ(told, "") << call;
+    EXPECT_EQ(error, needed.count(call) == 0 ? 0 : -1) << call;
+    if (error != 0)
+      refused.insert(call);
+    else
+      unmap(&record);
+  }
+
+  EXPECT_EQ(refused, needed);
 }
 
 TEST_F(Mmap, TheErrorMayBeLeftOut) {
@@ -235,7 +266,8 @@ TEST_F(Mmap, AKeyThatCannotBeDeletedIsReportedAndItsViewReleased) {
     _exit(failed && released && openDescriptors() == before ? 0 : 1);
   };
 
-  EXPECT_EXIT(unmapChanging(), testing::ExitedWithCode(0), kNotRegistered);
+  EXPECT_EXIT(unmapChanging(), testing::ExitedWithCode(0),
+              kNotRegistered + ".*zarel_munmap\\(\\), .*mmap_test.cpp line");
 }
 
 TEST_F(Mmap, ForgettingAllClosesTheirFilesAndLeavesTheirBytes) {

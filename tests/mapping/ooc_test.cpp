@@ -1,10 +1,13 @@
 // Blocks out of core.
 #include <cstring>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 #include <zarel/zarelmem.h>
 #include <zarel/zarelmem_ooc.h>
 
+#include "mapping/report.h"
 #include "mapping/support.h"
 #include "support/FailingAllocation.h"
 #include "support/FailingCall.h"
@@ -127,6 +130,42 @@ TEST_F(Ooc, AUnitWithoutANameHasATemporaryFileForItsOwnerAlone) {
   EXPECT_EQ(name.find(directory.file("ZRLVS")), 0u);
   release(unit);
   EXPECT_EQ(entriesOf(directory.path()), 0u);
+}
+
+std::vector<std::pair<int, mode_t>> openings;
+
+int notedOpen(const char* path, int flags, mode_t mode) {
+  if (std::strstr(path, "ZRLVS")) openings.emplace_back(flags, mode);
+  return open(path, flags, mode);
+}
+
+// It is opened twice: to be made, and for its mapping, which makes none.
+TEST_F(Ooc, ATemporaryFileIsCreatedExclusivelyAndNotInherited) {
+  openings.clear();
+  const SystemCallsKept kept;
+  Zarel::systemCalls().open = notedOpen;
+
+  release(make(100, nullptr));
+
+  ASSERT_EQ(openings.size(), 2u);
+  EXPECT_EQ(openings[0].first & (O_ACCMODE | O_CREAT | O_EXCL), O_RDWR | O_CREAT | O_EXCL);
+  EXPECT_EQ(openings[0].second, 0600u);
+  for (const auto& [flags, mode] : openings)
+    EXPECT_NE(flags & O_CLOEXEC, 0);
+}
+
+// Address and number together tell a unit.
+TEST_F(Ooc, ACopyOfAUnitsRecordIsTheUnitAndAnotherRecordIsNot) {
+  ZAREL_MMAP* const unit = make(100, nullptr);
+  const ZAREL_MMAP copy = *unit;
+  const ZAREL_MMAP otherNumber = {unit->address, unit->id + 1, 'Y', 0};
+  const ZAREL_MMAP otherAddress = {&error, unit->id, 'Y', 0};
+
+  EXPECT_NE(zarelmem_ismapped(&copy), 0);
+  EXPECT_EQ(zarelmem_ismapped(&otherNumber), 0);
+  EXPECT_EQ(zarelmem_ismapped(&otherAddress), 0);
+
+  release(unit);
 }
 
 TEST_F(Ooc, AUnitHasItsPlaceOnTheDisk) {
@@ -298,6 +337,74 @@ TEST_F(Ooc, ResizingWhatIsNoUnitIsReported) {
   ZAREL_MMAP stranger = {&error, 4711, 'Y', 0};
 
   expectReport(kNotRegistered, [&] { EXPECT_EQ(resize(&stranger, 10), nullptr); });
+}
+
+// Numbers of texts that hosts may bring.
+TEST(OocReports, HaveTheNumbersThatHostsKnow) {
+  EXPECT_EQ(Zarel::outOfMemory, 3103);
+  EXPECT_EQ(Zarel::notMapped, 3122);
+  EXPECT_EQ(Zarel::notUnmapped, 3123);
+  EXPECT_EQ(Zarel::fileNotMade, 3124);
+  EXPECT_EQ(Zarel::fileNotDeleted, 3125);
+  EXPECT_EQ(Zarel::fileNotClosed, 3126);
+  EXPECT_EQ(Zarel::registerFailed, 3127);
+}
+
+// Each report names the function that failed and the place that called it.
+class OocPlaces : public Ooc {
+protected:
+  void expectPlace(const std::string& function, const std::function<void()>& operation) {
+    const std::string told = toldBy(operation);
+    EXPECT_NE(told.find(function + "(), caller.c line 4711"), std::string::npos) << told;
+  }
+#define THERE "test", "caller.c", 4711
+};
+
+TEST_F(OocPlaces, OfUnitsThatDoNotComeAbout) {
+  ZAREL_MMAP stranger = {&error, 4711, 'Y', 0};
+
+  expectPlace("zarelmem_calloc_ooc",
+              [&] { zarelmem_calloc_ooc(1, 8, L"/no/such/unit", THERE, &error); });
+  expectPlace("zarelmem_calloc_ooc",
+              [&] { zarelmem_malloc_ooc(8, L"/no/such/unit", THERE, &error); });
+  expectPlace("zarelmem_calloc_ooc", [&] { zarelmem_malloc_ooc(0, nullptr, THERE, &error); });
+  expectPlace("zarelmem_adopt_ooc",
+              [&] { zarelmem_adopt_ooc(8, L"/no/such/unit", THERE, &error); });
+  expectPlace("zarelmem_realloc_ooc",
+              [&] { zarelmem_realloc_ooc(nullptr, 8, nullptr, THERE, &error); });
+  expectPlace("zarelmem_realloc_ooc",
+              [&] { zarelmem_realloc_ooc(&stranger, 8, nullptr, THERE, &error); });
+}
+
+TEST_F(OocPlaces, OfUnitsThatCannotBeChangedOrReleased) {
+  ZAREL_MMAP* const unit = make(100, nullptr);
+  const auto resizeThere = [&] { zarelmem_realloc_ooc(unit, 8, nullptr, THERE, &error); };
+  const auto releaseThere = [&](int mode) { zarelmem_free_ooc(unit, mode, THERE, &error); };
+
+  expectPlace("zarelmem_get_mapped_filename", [&] {
+    const support::FailingAllocation failing(1);
+    zarelmem_get_mapped_filename(unit, "caller.c", 4711, &error);
+  });
+  for (const char* const function : {"zarel_munmap_", "zarelmem_realloc_ooc"}) {
+    const FailingCall failing(1, "munmap");
+    expectPlace(function, resizeThere);
+  }
+  for (const char* const function : {"zarel_munmap_", "zarelmem_free_ooc"}) {
+    const FailingCall failing(1, "munmap");
+    expectPlace(function, [&] { releaseThere(ZAREL_OOC_DELETE); });
+  }
+  {
+    const FailingCall failing(1, "ftruncate");
+    expectPlace("zarelmem_realloc_ooc", resizeThere);
+  }
+  {
+    const FailingCall failing(1, "close");
+    expectPlace("zarelmem_close_mapped_unit",
+                [&] { zarelmem_close_mapped_unit(unit, THERE, &error); });
+  }
+  expectPlace("zarelmem_free_ooc", [&] { releaseThere(3); });
+  const FailingCall failing(1, "unlink");
+  expectPlace("zarelmem_free_ooc", [&] { releaseThere(ZAREL_OOC_DELETE); });
 }
 
 TEST_F(Ooc, AFileThatCannotBeCutTellsWhyOnStandardOutput) {
@@ -497,6 +604,19 @@ TEST_F(Ooc, AMappingThatCannotBeEndedIsReportedAndStays) {
   EXPECT_EQ(std::string(data(unit), 4), std::string(4, '\0'));
   release(unit);
   EXPECT_EQ(entriesOf(directory.path()), 0u);
+}
+
+TEST_F(Ooc, AQuestionIsASuccess) {
+  const auto expectSuccess = [this](auto question) {
+    error = 77;
+    question(nullptr, __FILE__, __LINE__, &error);
+    EXPECT_EQ(error, 0);
+    question(nullptr, __FILE__, __LINE__, nullptr);
+  };
+
+  expectSuccess(zarelmem_get_mapped_filename);
+  expectSuccess(zarelmem_get_mapped_size);
+  expectSuccess(zarelmem_get_mapped_unit);
 }
 
 TEST_F(Ooc, WhatIsNoUnitHasAnEmptyNameNoSizeAndNoDescriptor) {

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -34,6 +35,17 @@ inline size_t entriesOf(const std::string& directory) {
 // The descriptors that the process has open.
 inline size_t openDescriptors() {
   return entriesOf("/proc/self/fd");
+}
+
+// Those of them that are of a file.
+inline std::vector<int> descriptorsOf(const std::string& name) {
+  std::vector<int> result;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code gone; // the one that reads the directory
+    if (std::filesystem::read_symlink(entry.path(), gone) == name)
+      result.push_back(std::stoi(entry.path().filename()));
+  }
+  return result;
 }
 
 // Whether an address of this process is mapped from a file of that name.

@@ -77,7 +77,7 @@ void replaceAll() {
   REPLACE(accessMode);
   REPLACE(duplicate);
   REPLACE(mmap);
-  replace<&Zarel::SystemCalls::munmap>("munmap", true);
+  REPLACE(munmap);
   REPLACE(madvise);
   REPLACE(msync);
   REPLACE(stat);

@@ -14,7 +14,7 @@ namespace support {
 
 // While it lives, the n-th call from now on fails, once, with the given errno; n below 1: none.
 // With a name only the calls of that entry of the table count. A descriptor whose close fails is
-// closed all the same, and a mapping whose end fails is ended, as the system does it.
+// closed all the same, as the system does it; whatever else fails has no effect.
 class FailingCall {
 public:
   explicit FailingCall(long n, const char* name = nullptr, int error = EIO);

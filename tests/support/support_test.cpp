@@ -3,6 +3,8 @@
 #include <memory>
 #include <vector>
 
+#include <sys/mman.h>
+
 #include <gtest/gtest.h>
 #include <zarel/zarelmem.h>
 
@@ -68,6 +70,21 @@ TEST(FailingCall, FailsEachCallInTurnAndTellsItsName) {
 
   EXPECT_EQ(failed, 4);
   EXPECT_EQ(names, (std::vector<std::string>{"open", "read", "close", "read", ""}));
+}
+
+TEST(FailingCall, LeavesAMappingWhoseEndFails) {
+  const Zarel::SystemCalls& calls = Zarel::systemCalls();
+  void* const page =
+      calls.mmap(nullptr, 1, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  ASSERT_NE(page, MAP_FAILED);
+  {
+    const FailingCall failing(1, "munmap");
+    EXPECT_EQ(calls.munmap(page, 1), -1);
+  }
+
+  *static_cast<char*>(page) = 'p';
+
+  EXPECT_EQ(calls.munmap(page, 1), 0);
 }
 
 TEST(FailingCall, CountsOneNameAndGivesTheError) {
