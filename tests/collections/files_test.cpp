@@ -104,6 +104,7 @@ TEST_F(ListFile, CutFilesFail) {
     hold(whole.substr(0, length));
     LTE* const read = LTE_creer(nullptr);
     EXPECT_EQ(LTE_binput(file, read, readText), -1) << length;
+    EXPECT_EQ(traces(), 1) << length;
     EXPECT_EQ(read->count, length < 14 ? 0 : length < 23 ? 1 : 2) << length;
     EXPECT_TRUE(isSound(read));
     LTE_free(read, LIS_free_str);
@@ -235,6 +236,7 @@ TEST_F(ListFile, FailingWritesAreTraced) {
       return BF_fwrite_int(stream, &number, 1);
     };
     EXPECT_EQ(LTE_boutput(file, list, writeNumber, -1), -1) << good;
+    EXPECT_EQ(traces(), good == 0 ? 1 : 2) << "of the count; of a node and the list";
   }
   Zarel::systemCalls().write = former;
 }

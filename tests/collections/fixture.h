@@ -2,6 +2,7 @@
 #ifndef TESTS_COLLECTIONS_FIXTURE_H
 #define TESTS_COLLECTIONS_FIXTURE_H
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -38,6 +39,16 @@ protected:
       if (line.rfind("0 8 0 ", 0) == 0) functions.push_back(line.substr(6, line.find('(') - 6));
     noting.lines.clear();
     return functions;
+  }
+
+  // How many returns of this room left a trace since the last call of this or of the others.
+  int traces() {
+    const int count = static_cast<int>(
+        std::count_if(noting.lines.begin(), noting.lines.end(), [](const std::string& line) {
+          return line.rfind("0 8 fct_Trace: aff_lieu(), src/collections/", 0) == 0;
+        }));
+    noting.lines.clear();
+    return count;
   }
 };
 

@@ -373,6 +373,22 @@ TEST_F(Lis, FailuresAreThoseOfTheFunctionCalled) {
                              "LIS_copy_int", "LIS_ins_debut", "LIS_ins_fin", "LIS_print"}));
 }
 
+TEST_F(Lis, CallersOfWhatFailedLeaveATrace) {
+  const auto withoutMemory = [](auto call) {
+    const support::FailingAllocation failing(1);
+    call();
+  };
+  for (const auto insert : {LIS_ins, LIS_ins_debut, LIS_ins_fin}) {
+    withoutMemory([&] { insert(&list, text("x"), 0); });
+    EXPECT_EQ(traces(), 1);
+  }
+  withoutMemory([&] { LIS_ins_fin_unique(&list, text("x"), 0, nullptr, nullptr); });
+  EXPECT_EQ(traces(), 2) << "its own and that of the insertion";
+  hold({"a"});
+  withoutMemory([&] { LIS_copier(list, nullptr, nullptr); });
+  EXPECT_EQ(traces(), 1);
+}
+
 // The numbers under which a host brings texts of its own.
 TEST_F(Lis, MessagesKeepTheirNumbers) {
   const auto say = [](int number) {

@@ -319,6 +319,23 @@ TEST_F(Lte, FailuresAreThoseOfTheFunctionCalled) {
                              "LTE_creer", "LTE_print"}));
 }
 
+TEST_F(Lte, CallersOfWhatFailedLeaveATrace) {
+  const auto withoutMemory = [](auto call) {
+    const support::FailingAllocation failing(1);
+    call();
+  };
+  for (const auto insert : {LTE_ins, LTE_ins_apres, LTE_ins_avant}) {
+    withoutMemory([&] { insert(list, nullptr, text("x"), 0); });
+    EXPECT_EQ(traces(), 1);
+  }
+  for (const auto insert : {LTE_ins_debut, LTE_ins_fin}) {
+    withoutMemory([&] { insert(list, text("x"), 0); });
+    EXPECT_EQ(traces(), 1);
+  }
+  withoutMemory([&] { LTE_ins_fin_unique(list, text("x"), 0, nullptr, nullptr); });
+  EXPECT_EQ(traces(), 2) << "its own and that of the insertion";
+}
+
 TEST_F(Lte, FailingCopyIsBlamed) {
   hold({"a"});
   int error = 0;
