@@ -37,6 +37,23 @@ constexpr double tolerance = 0; // ARPACK takes the machine's
  * the largest value of the other directions in it, of which a shorter product holds too much. */
 constexpr double trusted = 1e-4;
 
+/**
+ * Stores the part of `x` that is orthogonal to the vectors before number `i`, with length 1. What
+ * remains may be rounding and is taken again until little of it lies along the others. Returns
+ * whether anything did remain; a mixture of the others fades in every round.
+ */
+bool standsApart(C_VSTRUCT<double>& basis, int i, Vector& x) {
+  constexpr double clean = 0.5;
+  constexpr int rounds = 3;
+  for (int round = 0; round < rounds; ++round) {
+    const double norm = x.Nrm2();
+    if (norm == 0) return false;
+    Zarel::decomposition::rscl(x.Dim(), norm, x.Adr(0));
+    if (basis.AddVector(x, i, true, clean, nullptr) == 0) return true;
+  }
+  return false;
+}
+
 double dot(int n, double* x, double* y) {
   return ITF_ddot(n, x, 1, y, 1);
 }
@@ -299,21 +316,14 @@ void C_AlgoSvdArpack::normalise(C_VSTRUCT<double>& basis, int i) {
 }
 
 /**
- * Makes a short left vector orthogonal to those before it. What remains may be rounding, and is
- * taken again until it is orthogonal; where nothing remains, any direction will do.
+ * Makes a short left vector orthogonal to those before it. It may be a mixture of these with
+ * nothing of its own: then a random direction takes its place.
  */
 void C_AlgoSvdArpack::separate(C_VSTRUCT<double>& basis, int i) {
-  constexpr double clean = 0.5;
   Values x;
   x.Copy(*basis[i]);
-  unsigned seed = 0;
-  do {
-    const double norm = x.Nrm2();
-    if (norm > 0)
-      Zarel::decomposition::rscl(x.Dim(), norm, x.Adr(0));
-    else if (C_VecRand(x, E_SeedUser, ++seed) != 0)
-      Zarel::fail(1001);
-  } while (basis.AddVector(x, i, true, clean, nullptr) != 0);
+  for (unsigned seed = 1; !standsApart(basis, i, x); ++seed)
+    if (C_VecRand(x, E_SeedUser, seed) != 0) Zarel::fail(1001);
 }
 
 void C_AlgoSvdArpack::summarise(const Iteration& run) {

@@ -197,4 +197,26 @@ TEST(SvdAccuracyRestarted, AVectorWithoutADirectionIsGivenOne) {
   }
 }
 
+/** Most rows are 0: all that products hold, their rounding too, lies along the other vectors. */
+TEST(SvdAccuracyRestarted, AVectorOfNothingButTheOthersIsGivenADirection) {
+  for (int used : {1, 2, 3}) {
+    Matrix a(40, 5);
+    Noise noise;
+    for (int j = 0; j < 5; ++j)
+      for (int i = 0; i < used; ++i)
+        a(7 * i, j) = noise.next();
+    Set set(inCore, 5, 40, nullptr);
+    fillFrom(set, a);
+    C_AlgoSvdArpack svd;
+    svd.SetThresholdValue(-1);
+
+    ASSERT_EQ(svd.Run(set, 0, -1), 0);
+
+    Matrix u = matrixOf(set);
+    ASSERT_EQ(u.NbCol(), 5);
+    EXPECT_LE(departure(u), 100 * eps) << used;
+    EXPECT_LE(reconstructionError<double>(svd, u, a), 100 * eps) << used;
+  }
+}
+
 } // namespace

@@ -429,6 +429,33 @@ TEST(AlgoSvdArpack, WorksOnAnyInterface) {
   EXPECT_NEAR(coefficients(0, 0), 0, 100 * eps);
 }
 
+/** Makes vectors that are half as long as the values say. */
+class Halved : public Diagonal {
+public:
+  using Diagonal::Diagonal;
+  int ProdAV(C_Vec<double, int>& x, C_Vec<double, int>& y) override {
+    const int result = Diagonal::ProdAV(x, y);
+    for (int i = 0; i < y.Dim(); ++i)
+      y[i] /= 2;
+    return result;
+  }
+};
+
+TEST(AlgoSvdArpack, TheResidualTellsHowFarAVectorIsFromItsValue) {
+  Halved problem({1, 16, 4, 9, 0.25});
+  C_AlgoSvdArpack svd;
+  int nev = 3;
+  svd.SetNbEigenValuesToFind(nev);
+
+  const auto said = capture([&] {
+    const Listening listening;
+    ASSERT_EQ(svd.Run(problem), 0);
+  });
+
+  EXPECT_TRUE(holds(said.out, "[SVD] Vp No 0 (4.000000E+00) : Erreur Residuelle = 2.000000E+00"))
+      << said.out;
+}
+
 TEST(AlgoSvdArpack, ANegativeEigenvalueGivesNoNumberAndKeepsAll) {
   Diagonal problem({1, -16, 4, 9, 0.25});
   C_AlgoSvdArpack svd;
@@ -776,6 +803,21 @@ TEST(ItfSvdArpackCVstruct, TheNextRunAsksForAWholeViewAgain) {
   EXPECT_NE(set.Adr(), nullptr);
 }
 
+TEST(ItfSvdArpackCVstruct, OnlyARefusedViewSendsItToTheParts) {
+  Matrix a = withSpectrum<double>(9, {4, 3, 2});
+  Set set(onFile, 3, 9, nullptr);
+  fillFrom(set, a);
+  set.MapBlock(0, 0);
+  C_ItfSvdArpackCVstruct itf(set);
+  VecOf<double> x(3), y(9);
+  x[0] = 1;
+
+  capture([&] {
+    const support::FailingCall stuck(1, "munmap", EIO); // of the vector that is mapped
+    EXPECT_EQ(codeOf([&] { itf.ProdAV(x, y); }), 14);
+  });
+}
+
 TEST(ItfSvdArpackCVstruct, WhatMappingThrowsIsReportedAndPassedOn) {
   Matrix a = withSpectrum<double>(9, {4, 3, 2});
   Set set(onFile, 3, 9, nullptr);
@@ -837,8 +879,11 @@ TEST(ItfSvdArpackCVstruct, RefusesVectorsThatDoNotFit) {
   Set set(inCore, 3, 9, nullptr), other(inCore, 2, 8, nullptr);
   C_ItfSvdArpackCVstruct itf(set);
   VecOf<double> x(2), y(9);
-  Matrix X(2, 1), Y(9, 1);
+  Matrix X(2, 1), Y(9, 1), three(3, 1), pair(9, 2), low(8, 1);
 
+  EXPECT_EQ(itf.ProdAMat(three, Y), 0);
+  EXPECT_EQ(itf.ProdAMat(three, pair), -1);
+  EXPECT_EQ(itf.ProdAMat(three, low), -1);
   EXPECT_EQ(itf.ProdAV(x, y), -1);
   EXPECT_EQ(itf.ProdAtAV(x, y), -1);
   EXPECT_EQ(itf.ProdAMat(X, Y), -1);
