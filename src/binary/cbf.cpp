@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "system/calls.h"
+#include "system/files.h"
 #include "system/text.h"
 
 using namespace Zarel;
@@ -42,7 +43,7 @@ FILE* CBF_fopen64(const wchar_t* path, const wchar_t* mode) {
     errno = EINVAL;
     return nullptr;
   }
-  return std::fopen(toUtf8(path).c_str(), toUtf8(mode).c_str());
+  return openShared(toUtf8(path), toUtf8(mode).c_str());
 }
 
 int CBF_fclose64(FILE* file) {

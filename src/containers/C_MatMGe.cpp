@@ -211,7 +211,7 @@ int C_MatMGe<T>::ResizeAndKeepValues(int rows, int columns) {
   const int oldColumns = this->columns_;
   if (columns != oldColumns) {
     Resize(oldRows, columns);
-    clearFrom(static_cast<__int64>(oldRows) * std::min(columns, oldColumns));
+    clearFrom(static_cast<__int64>(oldRows) * oldColumns);
   }
   if (rows < oldRows)
     this->rows_ = rows; // block, leading dimension and table stay: a view inside the block
@@ -270,7 +270,7 @@ void C_MatMGe<T>::swapAcrossDiagonal() {
 
 template <class T>
 void C_MatMGe<T>::requireErasable(int first, int last, int size) const {
-  if (first < 0 || last < first || first >= size || last >= size) fail(12);
+  if (first < 0 || last < first || last >= size) fail(12);
 }
 
 template <class T>

@@ -1,8 +1,6 @@
 #include <zarel/C_VecRand.h>
 
-#include <algorithm>
-#include <climits>
-
+#include "containers/blocks.h"
 #include "containers/scalars.h"
 #include "runtime/fail.h"
 
@@ -22,13 +20,10 @@ struct Parts<std::complex<R>> {
 
 template <class R>
 int drawAll(C_RandNum& generator, long long count, R* out) {
-  while (count > 0) {
-    const int run = static_cast<int>(std::min<long long>(count, INT_MAX));
-    if (generator.GetRandNum(run, out) != 0) return 1;
-    out += run;
-    count -= run;
-  }
-  return 0;
+  int result = 0;
+  Zarel::forEachIntPiece(
+      count, [&](long long at, int length) { result |= generator.GetRandNum(length, out + at); });
+  return result;
 }
 
 } // namespace
@@ -38,10 +33,10 @@ int C_VecRand(C_Vec<T, I>& v, E_InitSeedType type, unsigned int seed) {
   using Part = typename Parts<T>::type;
   if (!v.InCore() || !v.Full()) Zarel::fail(2870);
   C_RandNum generator;
-  if (generator.Init(type, seed) != 0) return Zarel::traced();
-  if (drawAll(generator, v.Dim() * Parts<T>::count, reinterpret_cast<Part*>(v.Adr(0))) != 0)
-    return Zarel::traced();
-  return 0;
+  const bool drawn =
+      generator.Init(type, seed) == 0 &&
+      drawAll(generator, v.Dim() * Parts<T>::count, reinterpret_cast<Part*>(v.Adr(0))) == 0;
+  return drawn ? 0 : Zarel::traced();
 }
 
 #define ZAREL_INSTANTIATE(T)                                                                       \

@@ -10,6 +10,7 @@
 
 #include "containers/blocks.h"
 #include "runtime/fail.h"
+#include "system/files.h"
 
 namespace Zarel {
 
@@ -74,11 +75,11 @@ void keepPosition(Handle handle, Work work) {
   if (position >= 0 && CBF_lseek64(descriptor, position, SEEK_SET) < 0) fail(20);
 }
 
-/** A text file that is closed at the end of the scope. */
+/** A text file that others may read and write too, closed at the end of the scope. */
 class TextFile {
 public:
   TextFile(char const* name, char const* mode)
-      : file_(name == nullptr ? nullptr : std::fopen(name, mode)) {}
+      : file_(name == nullptr ? nullptr : openShared(name, mode)) {}
   TextFile(const TextFile&) = delete;
   TextFile& operator=(const TextFile&) = delete;
   ~TextFile() {

@@ -37,12 +37,6 @@ int BinaryReader::integer() {
   return failed() ? 0 : value;
 }
 
-double BinaryReader::real() {
-  double value = 0.0;
-  if (!failed() && !read(&value, 1)) fail(InputEnded);
-  return failed() ? 0.0 : value;
-}
-
 void BinaryWriter::integers(const int* values, int count) {
   if (count > 0 && !_failed) _failed = BF_fwrite_int(_stream, values, count) != 0;
 }

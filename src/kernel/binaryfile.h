@@ -24,9 +24,6 @@ public:
   // Appends `count` words to a list.
   void integers(int count, Growing<int>& to) { batches(count, to); }
   void reals(int count, Growing<double>& to) { batches(count, to); }
-  // One word, not in a list.
-  double real();
-  void outOfMemory() { fail(NoMemory); }
 
 private:
   enum { WrongFormat = 6, InputEnded = 7, NoMemory = 3, Batch = 8192 };
@@ -49,7 +46,6 @@ public:
   explicit BinaryWriter(FILE* stream) : _stream(stream) {}
 
   void integer(int value) { integers(&value, 1); }
-  void real(double value) { reals(&value, 1); }
   void integers(const int* values, int count);
   void reals(const double* values, int count);
   // Flushes; 0 if all words arrived, else -1. A failed flush is also reported by `Erreur`.

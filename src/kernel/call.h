@@ -27,7 +27,7 @@ public:
 
   // Reports an error of the table and gives the status to the caller.
   Failed fail(int number, const char* file = __builtin_FILE(), int line = __builtin_LINE()) const;
-  // Leaves a trace for a failure that a callee has reported.
+  // Leaves a trace for a failure that a callee has reported, and which set the global status.
   Failed pass(const char* file = __builtin_FILE(), int line = __builtin_LINE()) const;
   // Fails without a number: status -1 and a trace with the function's own name.
   Failed refuse(const char* file = __builtin_FILE(), int line = __builtin_LINE()) const;

@@ -27,9 +27,6 @@ inline ZCOMPLEX operator/(ZCOMPLEX a, double s) {
 inline ZCOMPLEX& operator+=(ZCOMPLEX& a, ZCOMPLEX b) {
   return a = a + b;
 }
-inline bool operator==(ZCOMPLEX a, ZCOMPLEX b) {
-  return a.re == b.re && a.im == b.im;
-}
 
 // The quotient by the larger part of the divisor, which keeps the squares in range (R. L. Smith,
 // "Algorithm 116: Complex division", Comm. ACM 5, 1962). b is not zero.

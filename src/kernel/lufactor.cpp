@@ -89,7 +89,8 @@ private:
     }
   }
 
-  // Eliminates the columns from `first` to `end`.
+  // Eliminates the columns from `first` to `end`. There is a row below and a column to the right of
+  // them: the last one of either is never eliminated.
   void eliminate(int first, int end) {
     bool done[PanelWidth] = {};
     for (int k = first; k < end; ++k) {
@@ -99,7 +100,6 @@ private:
       eliminateColumn(k, end);
       done[k - first] = true;
     }
-    if (end == columns(_A)) return;
     if (std::all_of(done, done + (end - first), [](bool d) { return d; }))
       updateRight(first, end);
     else
@@ -111,9 +111,8 @@ private:
     const int width = end - first, right = columns(_A) - end, below = rows(_A) - end;
     T* const top = _A->me[first];
     blas::trsm("R", "U", "U", right, width, top + first, stride(_A), top + end, stride(_A));
-    if (below > 0)
-      blas::gemm("N", "N", right, below, width, scalar<T>(-1.0), top + end, stride(_A),
-                 _A->me[end] + first, stride(_A), scalar<T>(1.0), _A->me[end] + end, stride(_A));
+    blas::gemm("N", "N", right, below, width, scalar<T>(-1.0), top + end, stride(_A),
+               _A->me[end] + first, stride(_A), scalar<T>(1.0), _A->me[end] + end, stride(_A));
   }
 
   // The same for a panel with steps left out: what stands below such a pivot is no multiplier.

@@ -61,7 +61,6 @@ void invertFactors(const M* LU, const PERM* pivot, M* out) {
     std::fill_n(out->me[i], n, EntryOf<M>());
     out->me[i][pivot->pe[i]] = scalar<EntryOf<M>>(1.0);
   }
-  if (n == 0) return;
   blas::trsm("R", "U", "U", n, n, LU->base, stride(LU), out->base, stride(out));
   blas::trsm("R", "L", "N", n, n, LU->base, stride(LU), out->base, stride(out));
 }

@@ -96,7 +96,7 @@ bool allocateFor(M* A, const char* tag, int flag, unsigned m, unsigned n) {
   if (!growBlock(A, tag, flag, to.size)) return false;
   A->max_m = to.rows;
   A->max_n = to.stride;
-  spreadRows(A, std::min(A->m, m), std::min(A->n, n), oldStride, to.stride);
+  spreadRows(A, std::min(A->m, m), A->n, oldStride, to.stride);
   pointRows(A);
   return true;
 }

@@ -56,7 +56,6 @@ double largestColumnSum(const Call& call, const M* A) {
 template <class M>
 double frobenius(const Call& call, const M* A) {
   LM_NEED(A);
-  if (A->m == 0 || A->n == 0) return 0.0;
   double norm = 0.0;
   for (int i = 0; i < rows(A); ++i)
     norm = std::hypot(norm, blas::nrm2(columns(A), A->me[i]));

@@ -37,6 +37,18 @@ TEST_F(Cbf, FopenTakesWideNames) {
   EXPECT_EQ(CBF_fclose64(nullptr), EOF);
 }
 
+TEST_F(Cbf, DescriptorsStayOutOfProgramsThatAreStarted) {
+  const std::wstring path(name.begin(), name.end());
+  FILE* stream = CBF_fopen64(path.c_str(), L"r+b");
+  const int opened = CBF_open64(path.c_str(), O_RDONLY);
+
+  ASSERT_NE(stream, nullptr);
+  EXPECT_TRUE(fcntl(fileno(stream), F_GETFD) & FD_CLOEXEC);
+  EXPECT_TRUE(fcntl(opened, F_GETFD) & FD_CLOEXEC);
+  EXPECT_EQ(CBF_fclose64(stream), 0);
+  EXPECT_EQ(CBF_close64(opened), 0);
+}
+
 TEST_F(Cbf, TransfersCountWholeElements) {
   char read[16] = {};
 

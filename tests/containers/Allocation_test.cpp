@@ -79,23 +79,61 @@ TEST(AllocationFailures, OfVectorsAndMatricesLeakNothing) {
   EXPECT_GT(support::forEachFailingAllocation(matrices), 8);
 }
 
-// Growing rows takes its memory beforehand: a failure leaves shape and values.
-TEST(AllocationFailures, OfGrowingRowsLeaveTheMatrix) {
+/** Expects every failing allocation of a change of shape to leave all that a matrix shows. */
+template <class Make, class Change>
+void expectWholeAfterFailures(Make make, Change change) {
   for (long n = 1;; ++n) {
-    C_MatMGe<double> a = countedMatrix<double>(3, 2);
+    C_MatMGe<double> a;
+    make(a);
+    const C_MatMGe<double> before(a);
+    const int lead = a.LeadDim();
     bool failed = false;
     {
       const support::FailingAllocation failing(n);
-      failed = codeOf([&] { a.ResizeAndKeepValues(6, 2); }) == 1001;
-      if (!support::FailingAllocation::happened()) break;
+      failed = codeOf([&] { change(a); }) == 1001;
+      if (!support::FailingAllocation::happened()) {
+        EXPECT_GT(n, 1);
+        break;
+      }
     }
-    EXPECT_TRUE(failed);
-    ASSERT_EQ(a.NbRow(), 3);
-    ASSERT_EQ(a.NbCol(), 2);
-    for (int i = 0; i < 3; ++i)
-      for (int j = 0; j < 2; ++j)
+    EXPECT_TRUE(failed) << n;
+    ASSERT_EQ(a.NbRow(), before.NbRow());
+    ASSERT_EQ(a.NbCol(), before.NbCol());
+    EXPECT_EQ(a.LeadDim(), lead);
+    for (int j = 0; j < a.NbCol(); ++j) {
+      EXPECT_EQ(a[j], a.Adr() + j * lead);
+      for (int i = 0; i < a.NbRow(); ++i)
         EXPECT_EQ(a(i, j), 10 * i + j + 11);
+    }
   }
+}
+
+void packedMatrix(C_MatMGe<double>& a) {
+  a = countedMatrix<double>(3, 2);
+}
+
+// Rows 3 to 7 of the block are cut off: the leading dimension stays 8.
+void matrixWithAGap(C_MatMGe<double>& a) {
+  a = countedMatrix<double>(8, 2);
+  a.ResizeAndKeepValues(3, 2);
+}
+
+// Growing rows takes its memory beforehand: a failure leaves shape and values.
+TEST(AllocationFailures, OfGrowingRowsLeaveTheMatrix) {
+  expectWholeAfterFailures(packedMatrix, [](auto& a) { a.ResizeAndKeepValues(6, 2); });
+  expectWholeAfterFailures(matrixWithAGap, [](auto& a) { a.ResizeAndKeepValues(5, 2); });
+}
+
+TEST(AllocationFailures, OfResizingLeaveTheMatrix) {
+  expectWholeAfterFailures(packedMatrix, [](auto& a) {
+    const __int64 values = a.NbVal();
+    try {
+      a.Resize(3, 40);
+    } catch (const C_ZarelException&) {
+      EXPECT_EQ(a.NbVal(), values);
+      throw;
+    }
+  });
 }
 
 } // namespace

@@ -101,6 +101,18 @@ TYPED_TEST(MatMGeFile, AShapeThatTheFileCannotHoldTakesNoMemory) {
   }
 }
 
+// They take no bytes of the file, yet a pointer each in memory.
+TYPED_TEST(MatMGeFile, ColumnsWithoutRowsAreReadUpTo65536) {
+  using T = TypeParam;
+  ScratchFile most(raw(0, 65536, 0)), more(raw(0, 65537, 0));
+  C_MatMGe<T> m, refused;
+
+  EXPECT_EQ(m.Read(most.stream()), 0);
+  EXPECT_EQ(m.NbCol(), 65536);
+  EXPECT_EQ(codeOf([&] { refused.Read(more.stream()); }), 21);
+  EXPECT_EQ(refused.NbCol(), 0);
+}
+
 TYPED_TEST(MatMGeFile, EveryFlippedByteIsReadOrRefused) {
   using T = TypeParam;
   ScratchFile whole;
@@ -148,6 +160,7 @@ TYPED_TEST(MatMGeFile, PrintsEveryRow) {
   EXPECT_EQ(printed([&](FILE* f) { EXPECT_EQ(m.Print(f, -1), 0); }), head + row("1") + row("2"));
   EXPECT_EQ(printed([&](FILE* f) { m.Print(f, 1); }), head + row("2"));
   EXPECT_EQ(printed([&](FILE* f) { m.Print(f, 2); }), head);
+  EXPECT_EQ(printed([&](FILE* f) { m.Print(f, -2); }), head) << "no such row";
   EXPECT_EQ(m.Print(static_cast<FILE*>(nullptr), -1), 0);
 }
 

@@ -468,6 +468,16 @@ TYPED_TEST(MatMSym, PrintsTheUpperHalfAndTheHeadingOnStandardOutput) {
   EXPECT_EQ(nothing.out, head("0"));
 }
 
+TYPED_TEST(MatMSym, WithoutAStreamOnlyTheHeadingIsPrinted) {
+  C_MatMSym<TypeParam> m(1, 0);
+
+  const support::Captured said =
+      support::capture([&] { EXPECT_EQ(m.Print(static_cast<FILE*>(nullptr), 0), 0); });
+
+  EXPECT_EQ(said.out.rfind(" Type: Double", 0), 0u);
+  EXPECT_EQ(said.out.find("Side"), std::string::npos);
+}
+
 TYPED_TEST(MatMSym, MatlabFormIsWrittenOutInFull) {
   using T = TypeParam;
   C_MatMSym<T> m(2, 0);

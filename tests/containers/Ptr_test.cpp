@@ -73,6 +73,15 @@ TYPED_TEST(PtrInCore, CopyTakesTheFirstValuesIntoAFreshBlock) {
   EXPECT_EQ(target[1], scalar<T>(2));
 }
 
+TYPED_TEST(PtrInCore, ACopyOfItselfLeavesIt) {
+  ZAREL_TYPES;
+  Ptr p(2, scalar<T>(4));
+
+  EXPECT_EQ(p.Copy(p, 2), 0);
+
+  EXPECT_EQ(p[1], scalar<T>(4));
+}
+
 TYPED_TEST(PtrInCore, ResizeKeepsValuesAndClearsAFirstBlock) {
   ZAREL_TYPES;
   Ptr p;
@@ -127,7 +136,12 @@ TYPED_TEST(PtrInCore, ExtractIntoABufferResizesIt) {
   Ptr p(block);
   T* buffer = static_cast<T*>(zarelmem_malloc(1, "test", 1, __FILE__, __LINE__));
 
-  EXPECT_EQ(p.Extract(1, 0, buffer), buffer);
+  {
+    const AllocatorProbe probe;
+    EXPECT_EQ(p.Extract(1, 0, buffer), buffer);
+    EXPECT_EQ(p.Extract(1, -2, buffer), buffer);
+    EXPECT_EQ(probe.count(), 0) << "nothing to copy leaves the buffer as it is";
+  }
   buffer = p.Extract(1, 2, buffer);
 
   EXPECT_EQ(buffer[0], scalar<T>(2));

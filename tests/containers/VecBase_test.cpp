@@ -1,5 +1,6 @@
 // What the abstract vectors answer when a derived class adds as little as it may.
 #include "containers/support.h"
+#include "runtime/fail.h"
 
 namespace {
 
@@ -47,6 +48,27 @@ public:
   using BareVec<double, int>::BareVec;
   double GetVal(int i) override { return 0.5 * i; }
   using BareVec<double, int>::GetVal;
+};
+
+/** Has an address, and no other way to its values. */
+class AddressedVec : public PlainVec<double> {
+public:
+  using PlainVec<double>::PlainVec;
+  double GetVal(int) override { Zarel::fail(2871); }
+  using PlainVec<double>::GetVal;
+};
+
+/** A value at index 4, then the end. */
+class OneValueVec : public BareVec<double, int> {
+public:
+  using BareVec<double, int>::BareVec;
+  int FirstVal(double& value) override {
+    value = 2;
+    return 4;
+  }
+  int NextVal(double&) override { return -1; }
+  using BareVec<double, int>::FirstVal;
+  using BareVec<double, int>::NextVal;
 };
 
 class BareBaseVec : public C_BaseVec<int> {
@@ -190,6 +212,32 @@ TEST(AbstractVecFile, HeadAndValuesGoOutTheHeadAloneComesIn) {
   EXPECT_EQ(x.Read(file.handle()), 0);
 }
 
+TEST(AbstractVecFile, ValuesWithAnAddressGoOutInOnePiece) {
+  AddressedVec v({1.5, 2.5});
+  ScratchFile file;
+
+  EXPECT_EQ(v.Write(file.stream()), 0);
+
+  EXPECT_EQ(file.bytes(), raw(2, 1.5, 2.5));
+}
+
+TEST(AbstractVecText, FollowsTheIteratorAndLeavesTheTextAtItsEnd) {
+  OneValueVec v(9);
+  std::string text;
+
+  EXPECT_EQ(v.FirstVal(text), 4);
+  EXPECT_EQ(text, " 2.000e+00 ");
+  EXPECT_EQ(v.NextVal(text), -1);
+  EXPECT_EQ(text, " 2.000e+00 ");
+}
+
+TEST(AbstractVecText, WithoutAFileIsNothing) {
+  BareVec<float, int> v(5);
+
+  EXPECT_EQ(v.Print(static_cast<FILE*>(nullptr)), 0);
+  EXPECT_EQ(codeOf([&] { v.WriteMatlab(static_cast<FILE*>(nullptr)); }), 12);
+}
+
 TEST(AbstractVecText, IsTheHeadAlone) {
   BareVec<float, __int64> v(5000000000LL);
 
@@ -219,6 +267,10 @@ TEST(AbstractVecCopy, TestsFullnessThenSizesThenTestsAccess) {
   EXPECT_EQ(v.Dim(), 3);
   v.full = 0;
   EXPECT_EQ(codeOf([&] { v.Copy(sparse); }), 38);
+  EXPECT_EQ(codeOf([&] { away.Copy(sparse); }), 12);
+  sparse.full = 1;
+  EXPECT_EQ(codeOf([&] { away.Copy(sparse); }), 38);
+  EXPECT_EQ(away.Copy(away), 0) << "there is nothing to do";
 }
 
 TEST(AbstractVecCopy, RefusesASizeThatTheVectorCannotTake) {

@@ -1,4 +1,5 @@
 // The text forms of vectors, to the letter.
+#include "containers/files.h"
 #include "containers/support.h"
 
 namespace {
@@ -110,6 +111,17 @@ TEST(VecTextFiles, AreWrittenAnewOrAppendedTo) {
   EXPECT_EQ(contentOf(path), once);
   EXPECT_EQ(v.WriteMatlab(path.c_str()), 0);
   EXPECT_EQ(contentOf(path), "C_VecPi Vector\nDouble\n1\n 1.000e+00  \n");
+}
+
+TEST(VecTextFiles, StayOutOfProgramsThatAreStarted) {
+  ScratchFolder folder;
+  const std::string path = folder.file("v.txt");
+
+  for (char const* mode : {"w", "a"}) {
+    const Zarel::TextFile file(path.c_str(), mode);
+    ASSERT_NE(file.get(), nullptr);
+    EXPECT_TRUE(fcntl(fileno(file.get()), F_GETFD) & FD_CLOEXEC) << mode;
+  }
 }
 
 TEST(VecTextFiles, WithoutAFilePrintSaysNothingAndMatlabThrows12) {

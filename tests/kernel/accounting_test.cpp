@@ -1,6 +1,9 @@
 #include "kernel/records.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <string>
+#include <vector>
 
 #include "support/Capture.h"
 
@@ -108,6 +111,8 @@ TEST_F(Accounting, UnknownTypesAndListsAreZero) {
   EXPECT_EQ(mem_info_numvar(0, 1), 0);
   EXPECT_EQ(mem_info_numvar(0, 5), 0);
   mem_bytes_list(0, 0, 10, 3); // ignored
+  EXPECT_EQ(printed(1), "") << "a list that is not attached";
+  EXPECT_EQ(printed(5), "");
 }
 
 TEST_F(Accounting, NegativeTotalsAreWarnedOfOnBothStreams) {
@@ -262,6 +267,82 @@ TEST_F(StaticObjects, ListsAndTypesAreTested) {
   EXPECT_EQ(mem_stat_reg_list(&first, 0, 3), -1);
   EXPECT_EQ(mem_stat_free_list(1, 5), -1);
   EXPECT_EQ(mem_stat_free_list(1, 3), -1);
+}
+
+TEST_F(StaticObjects, OfAnotherListStayThere) {
+  void* other = &freed;
+  first = vec({1}).release();
+  mem_attach_list(2, 2, names, frees, entries);
+  mem_stat_mark(8);
+  mem_stat_reg_list(&first, LM_TYPE_VEC, 0);
+  mem_stat_reg_list(&other, 1, 2);
+  const auto dumped = support::capture([] {
+    mem_stat_dump(nullptr, 2);
+    std::fflush(stdout);
+  });
+  EXPECT_THAT(dumped.out, HasSubstr(" 1.  var"));
+  EXPECT_THAT(dumped.out, testing::Not(HasSubstr(" 2.  var"))) << "the variable of list 0";
+  freed = 0;
+  EXPECT_EQ(mem_stat_free_list(8, 0), 0);
+  EXPECT_EQ(first, nullptr);
+  EXPECT_EQ(other, &freed);
+  mem_stat_mark(8);
+  EXPECT_EQ(mem_stat_free_list(8, 2), 0);
+  EXPECT_EQ(other, nullptr);
+  EXPECT_EQ(freed, 1);
+}
+
+TEST_F(StaticObjects, WhoseTypeTheirListNoLongerHasStay) {
+  MEM_ENTRY one[1];
+  void* variable = &freed;
+  mem_attach_list(2, 2, names, frees, entries);
+  mem_stat_mark(8);
+  mem_stat_reg_list(&variable, 1, 2);
+  mem_attach_list(2, 1, names, frees, one);
+  const auto dumped = support::capture([] {
+    mem_stat_dump(nullptr, 2);
+    std::fflush(stdout);
+  });
+  EXPECT_THAT(dumped.out, HasSubstr(", type = ???, mark = 8\n"));
+  EXPECT_EQ(mem_stat_free_list(8, 2), 0);
+  EXPECT_EQ(variable, &freed);
+  mem_attach_list(2, 2, names, frees, entries);
+  mem_stat_mark(8);
+  EXPECT_EQ(mem_stat_free_list(8, 2), 0);
+  EXPECT_EQ(variable, nullptr);
+}
+
+// A slot is looked for from the address modulo 509 on, and behind the last one at the start.
+TEST_F(StaticObjects, StandInTheOrderOfTheirAddressesModuloTheSlots) {
+  std::vector<void*> variables(MEM_HASHSIZE * 8);
+  const auto at = [&variables](std::uintptr_t slot) { // a variable that belongs there
+    return std::find_if(variables.begin(), variables.end(), [slot](void*& variable) {
+      return reinterpret_cast<std::uintptr_t>(&variable) % MEM_HASHSIZE == slot;
+    });
+  };
+  void** const last = &*at(508);
+  void** const wrapped = last + MEM_HASHSIZE; // the same slot; it goes to slot 0
+  void** const middle = &*at(200);
+  ASSERT_LT(last - variables.data(), MEM_HASHSIZE);
+  mem_stat_mark(6);
+  for (void** const variable : {last, wrapped, middle})
+    EXPECT_EQ(mem_stat_reg_list(variable, LM_TYPE_MAT, 0), 6);
+
+  const auto dumped = support::capture([] {
+    mem_stat_dump(nullptr, 0);
+    std::fflush(stdout);
+  });
+
+  std::string expected = " Array mem_stat_var (list no. 0):\n";
+  int number = 0;
+  for (void** const variable : {wrapped, middle, last}) {
+    char line[100];
+    std::snprintf(line, sizeof line, " %d.  var = 0x%p, type = MAT, mark = 6\n", ++number,
+                  static_cast<void*>(variable));
+    expected += line;
+  }
+  EXPECT_EQ(dumped.out, expected);
+  mem_stat_free_list(6, 0);
 }
 
 TEST_F(StaticObjects, HoldFiveHundredAndNineVariablesAndThenWarn) {

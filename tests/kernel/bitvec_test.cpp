@@ -401,6 +401,10 @@ TEST_F(BitVectors, ResizeCutsAndClears) {
           expected.resize(90);
           expectIs(bv.get(), expected, kind);
         }
+  auto runs = make(LM_BV_BLOC, {true, false, true, false, true});
+  LM_bv_resize_bloc("t", 0, runs.get(), 5, 1, 0, nullptr, &status);
+  EXPECT_EQ(runs->capacity, 3) << "room for the runs that are there";
+  expectIs(runs.get(), {true, false, true, false, true}, LM_BV_BLOC);
   auto bloc = make(LM_BV_BLOC, models(20)[2]);
   EXPECT_FAILS(20, LM_bv_resize_bloc("t", 0, bloc.get(), -1, 3, 0, nullptr, &status));
   EXPECT_FAILS(20, LM_bv_resize_bloc("t", 0, bloc.get(), 3, -1, 0, nullptr, &status));

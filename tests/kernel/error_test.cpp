@@ -11,6 +11,22 @@ namespace {
 
 class Errors : public Kernel {};
 
+std::string boxed;
+void keepText(const char*, const char* text) {
+  boxed += text;
+  boxed += '\n';
+}
+
+// What a call leaves in the error box, where the traces go while there is no message tool.
+template <class F>
+std::string traces(F call) {
+  boxed.clear();
+  const zarel_ErrorBox former = zarel_setErrorBox(keepText);
+  call();
+  zarel_setErrorBox(former);
+  return boxed;
+}
+
 TEST_F(Errors, RecordTellsWhereAndWhat) {
   EXPECT_FALSE(LM_v_add(nullptr, nullptr, nullptr, 0, nullptr, &status));
   ASSERT_EQ(LM_error_count(), 1);
@@ -57,6 +73,13 @@ TEST_F(Errors, LongTextsAreCut) {
   EXPECT_EQ(std::string(LM_error_get(0)->file), std::string(254, 'x'));
 }
 
+TEST_F(Errors, TextsThatAreMissingAreEmpty) {
+  LM_error(nullptr, 1, 2, nullptr, 0, nullptr);
+  EXPECT_STREQ(LM_error_get(0)->message, "") << "there is no message tool to ask";
+  EXPECT_STREQ(LM_error_get(0)->function, "");
+  EXPECT_STREQ(LM_error_get(0)->file, "");
+}
+
 TEST_F(Errors, ModeOneAlsoReports) {
   const auto reported = [this] {
     return support::capture([this] { LM_v_sum(nullptr, 0, nullptr, &status); });
@@ -64,8 +87,11 @@ TEST_F(Errors, ModeOneAlsoReports) {
   const auto silent = reported();
   EXPECT_EQ(LM_error_mode(1), 0);
   const auto loud = reported();
-  EXPECT_EQ(LM_error_mode(0), 1);
+  EXPECT_EQ(LM_error_mode(2), 1);
+  const auto other = reported();
+  EXPECT_EQ(LM_error_mode(0), 2);
   EXPECT_EQ(silent.out + silent.err, "");
+  EXPECT_EQ(other.out + other.err, "") << "no other mode than 1 says anything";
   EXPECT_NE(loud.out + loud.err, "") << "Erreur says nothing";
 }
 
@@ -79,6 +105,24 @@ TEST_F(Errors, FailureOfACalleeIsPassedOn) {
   EXPECT_EQ(status, -1);
   EXPECT_EQ(lastError(), 3);
   EXPECT_STREQ(LM_error_get(0)->function, "LM_v_resize");
+}
+
+TEST_F(Errors, FailureOfACalleeLeavesATraceOfTheFixedWord) {
+  const auto x = vec({1, 2});
+  const std::string said = traces([&] {
+    const support::FailingAllocation failing(1);
+    LM_v_add(x.get(), x.get(), nullptr, 0, nullptr, &status);
+  });
+  EXPECT_THAT(said, testing::HasSubstr("*** fct_Trace( aff_lieu, "));
+}
+
+TEST_F(Errors, ARefusalLeavesATraceOfTheFunctionAndNoRecord) {
+  const std::string said =
+      traces([&] { EXPECT_FALSE(LM_bv_get("t", 0, LM_BV_IVEC, 4, 0, nullptr, &status)); });
+  EXPECT_THAT(said, testing::HasSubstr("*** fct_Trace( LM_bv_get, "));
+  EXPECT_EQ(status, -1);
+  EXPECT_EQ(LM_global_status(), -1);
+  EXPECT_EQ(LM_error_count(), 0);
 }
 
 TEST_F(Errors, AllocationFlagIsGivenBack) {

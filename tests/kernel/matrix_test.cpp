@@ -203,6 +203,7 @@ TEST_F(Matrices, SizesAndSharedStorageAreTested) {
   EXPECT_FAILS(12, LM_m_mlt(S.get(), T.get(), S.get(), 0, nullptr, &status));
   EXPECT_FAILS(12, LM_m_mlt(S.get(), T.get(), T.get(), 0, nullptr, &status));
   EXPECT_FAILS(12, LM_m_mltadd(S.get(), T.get(), S.get(), 1, T.get(), 0, nullptr, &status));
+  EXPECT_FAILS(12, LM_m_mltadd(S.get(), S.get(), T.get(), 1, T.get(), 0, nullptr, &status));
   EXPECT_FAILS(12, LM_mv_mlt(S.get(), two.get(), two.get(), 0, nullptr, &status));
   EXPECT_FAILS(12, LM_vm_mlt(S.get(), two.get(), two.get(), 0, nullptr, &status));
   EXPECT_FAILS(12,
@@ -286,7 +287,10 @@ TEST_F(Matrices, RowsAndColumnsAreExchangedInARange) {
   LM_swap_cols(A.get(), 0, 1, 0, 1, 0, nullptr, &status);
   EXPECT_THAT(list(A.get()), ElementsAre(8, 1, 9, 5, 4, 6, 7, 2, 3));
   LM_swap_rows(A.get(), 1, 1, 0, 2, 0, nullptr, &status);
-  LM_swap_rows(A.get(), 0, 1, 2, 1, 0, nullptr, &status); // an empty range
+  LM_swap_rows(A.get(), 0, 1, 2, 1, 0, nullptr, &status); // empty ranges, wherever they are
+  LM_swap_rows(A.get(), 0, 1, 2, -5, 0, nullptr, &status);
+  LM_swap_rows(A.get(), 0, 1, 9, 7, 0, nullptr, &status);
+  LM_swap_cols(A.get(), 0, 1, 9, 7, 0, nullptr, &status);
   EXPECT_EQ(status, 0);
   EXPECT_THAT(list(A.get()), ElementsAre(8, 1, 9, 5, 4, 6, 7, 2, 3));
   EXPECT_FAILS(10, LM_swap_rows(A.get(), 0, 3, 0, 2, 0, nullptr, &status));
@@ -313,6 +317,10 @@ TEST_F(Matrices, RowsColumnsAndPartsAreCopied) {
   EXPECT_THAT(list(A.get()), ElementsAre(1, -2, -3, 4, 5, 8));
   EXPECT_THAT(list(own(LM_sub_mat(A.get(), 0, 1, 1, 2, nullptr, 0, nullptr, &status)).get()),
               ElementsAre(-2, -3, 5, 8));
+  LM__set_col(A.get(), 2, vec({9, 9}).get(), 2, 0, nullptr, &status); // nothing from the end on
+  LM__set_row(A.get(), 0, vec({9, 9, 9}).get(), 3, 0, nullptr, &status);
+  EXPECT_EQ(status, 0);
+  EXPECT_THAT(list(A.get()), ElementsAre(1, -2, -3, 4, 5, 8));
   const auto x = vec({1, 2, 3, 4});
   EXPECT_THAT(list(own(LM_sub_vec(x.get(), 1, 2, nullptr, 0, nullptr, &status)).get()),
               ElementsAre(2, 3));
@@ -324,7 +332,9 @@ TEST_F(Matrices, RowsColumnsAndPartsAreCopied) {
   EXPECT_FAILS(10, LM_sub_mat(A.get(), 0, 0, 2, 0, nullptr, 0, nullptr, &status));
   EXPECT_FAILS(10, LM_sub_mat(A.get(), 1, 0, 0, 0, nullptr, 0, nullptr, &status));
   EXPECT_FAILS(12, LM_sub_mat(A.get(), 0, 0, 0, 0, A.get(), 0, nullptr, &status));
+  EXPECT_FAILS(10, LM__set_row(A.get(), 0, vec({7, 8, 9}).get(), 4, 0, nullptr, &status));
   EXPECT_FAILS(10, LM_sub_vec(x.get(), 2, 4, nullptr, 0, nullptr, &status));
+  EXPECT_FAILS(12, LM_sub_vec(x.get(), 1, 2, x.get(), 0, nullptr, &status));
   auto Z = zmat(2, 2);
   LM_zset_col(Z.get(), 1, zvec({{1, 2}, {3, 4}}).get(), 0, 0, nullptr, &status);
   LM_zset_row(Z.get(), 0, zvec({{5, 6}, {7, 8}}).get(), 0, 0, nullptr, &status);
@@ -523,6 +533,9 @@ TEST_F(Permutations, WrongOnesAreRefused) {
   EXPECT_FAILS(2, LM_px_inv(out.get(), nullptr, 0, nullptr, &status));
   EXPECT_FAILS(2, LM_px_sign(twice.get(), 0, nullptr, &status));
   EXPECT_FAILS(2, LM_px_mlt(out.get(), p.get(), nullptr, 0, nullptr, &status));
+  EXPECT_FAILS(2, LM_px_mlt(p.get(), out.get(), nullptr, 0, nullptr, &status));
+  EXPECT_FAILS(2, LM_px_cols(perm({0, 1, 3}).get(), A.get(), nullptr, 0, nullptr, &status));
+  EXPECT_FAILS(12, LM_px_mlt(twice.get(), p.get(), p.get(), 0, nullptr, &status));
   EXPECT_FAILS(2, LM_px_transp(p.get(), 0, 2, 0, nullptr, &status));
   EXPECT_FAILS(2, LM_px_transp(p.get(), -1, 0, 0, nullptr, &status));
   EXPECT_FAILS(2, LM_px_rows(perm({0, 1, 3}).get(), A.get(), nullptr, 0, nullptr, &status));

@@ -1,5 +1,8 @@
 #include "kernel/records.h"
 
+#include <zarel/zarelmem.h>
+
+#include "memory/allocator.h"
 #include "support/FailingAllocation.h"
 
 using namespace kernel;
@@ -69,6 +72,40 @@ TEST_F(Records, MoreValuesThan32BitsCountAreError3) {
   EXPECT_THAT(list(A.get()), ElementsAre(1, 2, 3, 4));
 }
 
+// Counts what is asked of the heap.
+class HeapProbe {
+public:
+  HeapProbe() : _former(Zarel::allocator()) {
+    asked = 0;
+    heap = _former;
+    Zarel::allocator().calloc = [](std::size_t n, std::size_t size) {
+      ++asked;
+      return heap.calloc(n, size);
+    };
+    Zarel::allocator().realloc = [](void* block, std::size_t size) {
+      ++asked;
+      return heap.realloc(block, size);
+    };
+  }
+  HeapProbe(const HeapProbe&) = delete;
+  HeapProbe& operator=(const HeapProbe&) = delete;
+  ~HeapProbe() { Zarel::allocator() = _former; }
+
+  static inline int asked = 0;
+
+private:
+  static inline Zarel::Allocator heap{};
+  Zarel::Allocator _former;
+};
+
+TEST_F(Records, WhatCannotBeCountedIsNotAskedFor) {
+  const auto A = mat(2, 2, {1, 2, 3, 4});
+  const HeapProbe probe;
+  EXPECT_FAILS(3, LM_m_get("t", 0, 65536, 65536, 0, nullptr, &status));
+  EXPECT_FAILS(3, LM_m_resize("t", 0, A.get(), 65536, 65536, 0, nullptr, &status));
+  EXPECT_EQ(HeapProbe::asked, 0);
+}
+
 TEST_F(Records, ResizeKeepsValuesAndClearsAddedOnes) {
   VEC* v = vec({1, 2, 3}).release();
   VEC* const same = LM_v_resize("t", 0, v, 5, 0, nullptr, &status);
@@ -92,6 +129,30 @@ TEST_F(Records, ResizeToZeroGivesOne) {
   EXPECT_EQ(A->n, 1u);
   const auto empty = vec({});
   EXPECT_EQ(LM_v_resize("t", 0, empty.get(), 0, 0, nullptr, &status)->dim, 1u);
+}
+
+// Records that the host put together itself.
+TEST_F(Records, ResizeOfARecordWithoutRoomMakesANewOne) {
+  double data[3] = {1, 2, 3};
+  VEC v = {3, 0, data};
+  EXPECT_EQ(LM_v_resize("t", 0, &v, 3, 0, nullptr, &status), &v) << "the same length";
+  const auto made = own(LM_v_resize("t", 0, &v, 4, 0, nullptr, &status));
+  EXPECT_NE(made.get(), &v);
+  EXPECT_THAT(list(made.get()), ElementsAre(0, 0, 0, 0));
+  MAT A = {1, 1, 0, 0, 0, nullptr, nullptr};
+  EXPECT_EQ(LM_m_resize("t", 0, &A, 1, 1, 0, nullptr, &status), &A) << "the same shape";
+  const auto madeMatrix = own(LM_m_resize("t", 0, &A, 2, 1, 0, nullptr, &status));
+  EXPECT_NE(madeMatrix.get(), &A);
+  EXPECT_THAT(list(madeMatrix.get()), ElementsAre(0, 0));
+}
+
+TEST_F(Records, ResizeOfARecordWithoutDataAllocatesThem) {
+  const auto v = vec({});
+  zarelmem_free(v->ve, __FILE__, __LINE__);
+  v->ve = nullptr;
+  v->max_dim = 5;
+  EXPECT_EQ(LM_v_resize("t", 0, v.get(), 2, 0, nullptr, &status), v.get());
+  EXPECT_THAT(list(v.get()), ElementsAre(0, 0));
 }
 
 TEST_F(Records, PermutationsBeginAndGrowAsTheIdentity) {
@@ -139,6 +200,16 @@ TEST_F(Records, LongColumnTurnsIntoLongRowInLittleMemory) {
   EXPECT_EQ(status, 0);
   EXPECT_EQ(A->me[0][0], 7.0);
   EXPECT_EQ(A->max_size, 60000u);
+}
+
+TEST_F(Records, TheRoomOfABlockServesLaterShapes) {
+  const auto A = mat(6, 2);
+  LM_m_resize("t", 0, A.get(), 2, 4, 0, nullptr, &status);
+  EXPECT_EQ(A->max_m, 3u) << "12 values are three rows of four";
+  const HeapProbe probe;
+  LM_m_resize("t", 0, A.get(), 3, 4, 0, nullptr, &status);
+  EXPECT_EQ(HeapProbe::asked, 0);
+  EXPECT_EQ(A->max_size, 12u);
 }
 
 TEST_F(Records, FreeOfNullIsMinusOne) {

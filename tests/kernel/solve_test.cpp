@@ -8,6 +8,7 @@
 
 #include <zarel/itf.h>
 
+#include "kernel/triangle.h"
 #include "support/FailingAllocation.h"
 
 using namespace kernel;
@@ -357,6 +358,28 @@ TYPED_TEST(Solve, ConditionIsEstimatedFromBelow) {
     }
 }
 
+// The products with triangles, on which the estimate stands, undo the solves.
+TYPED_TEST(Solve, TriangularProductsUndoTheSolves) {
+  namespace triangle = Zarel::kernel::triangle;
+  const int n = 11;
+  auto A = this->heavy(n);
+  for (int i = 0; i < n; ++i)
+    this->set(A->me[i][i], C(n + 1.0, -2.0 - i));
+  const auto before = this->side(n);
+  const auto expectUndone = [&](auto multiply, auto solve, double diagonal) {
+    auto x = copied(before.get());
+    multiply(A.get(), x->ve);
+    solve(A.get(), x.get(), x.get(), diagonal, 0, nullptr, &status);
+    for (int i = 0; i < n; ++i)
+      EXPECT_LE(std::abs(value(x->ve[i]) - value(before->ve[i])), 1e-13);
+  };
+  using Matrix = typename TypeParam::M;
+  expectUndone(triangle::multiplyUpper<Matrix>, TypeParam::Usolve, 0);
+  expectUndone(triangle::multiplyUpperAdjoint<Matrix>, TypeParam::UTsolve, 0);
+  expectUndone(triangle::multiplyUnitLower<Matrix>, TypeParam::Lsolve, 1);
+  expectUndone(triangle::multiplyUnitLowerAdjoint<Matrix>, TypeParam::LTsolve, 1);
+}
+
 TYPED_TEST(Solve, EmptyMatricesAreFine) {
   auto A = TypeParam::matrix(0, 0);
   auto pivot = perm({});
@@ -407,6 +430,19 @@ TEST_F(Factors, LastColumnOfATallMatrixStaysAsItIs) {
   EXPECT_THAT(list(A.get()), ElementsAre(2, 4, 8));
 }
 
+// What stands in the row of a step that was left out is no pivot row: its infinity goes nowhere.
+TEST_F(Factors, AStepThatIsLeftOutChangesNothing) {
+  const int n = 40;
+  auto A = mat(n, n);
+  auto pivot = own(LM_px_get("t", 0, n, 0, nullptr, &status));
+  LM_m_ident(A.get(), 0, nullptr, &status);
+  A->me[0][0] = 0;
+  A->me[0][n - 1] = inf;
+  const std::vector<double> before = list(A.get());
+  LM_LUfactor(A.get(), pivot.get(), 0, nullptr, &status);
+  EXPECT_EQ(list(A.get()), before);
+}
+
 // With rows of equal scale the pivots are those of LAPACK.
 TEST_F(Factors, AgreeWithLapackWhereTheScalesAreEqual) {
   const int n = 75;
@@ -454,6 +490,36 @@ TEST_F(Factors, ConditionIsNearThatOfLapack) {
   LM_LUfactor(A.get(), pivot.get(), 0, nullptr, &status);
   const double estimate = LM_LUcondest(A.get(), pivot.get(), 0, nullptr, &status);
   EXPECT_NEAR(estimate * rcond, 1, 0.01);
+}
+
+double estimatedCondition(Own<MAT> A) {
+  auto pivot = own(LM_px_get("t", 0, static_cast<int>(A->m), 0, nullptr, &status));
+  LM_LUfactor(A.get(), pivot.get(), 0, nullptr, &status);
+  return LM_LUcondest(A.get(), pivot.get(), 0, nullptr, &status);
+}
+
+// A climb of three columns ends at the largest one: 8 in the matrix, 7/3 in its inverse.
+TEST_F(Factors, ConditionClimbsFromColumnToColumn) {
+  EXPECT_NEAR(estimatedCondition(mat(3, 3, {1, -2, 0, 0, -2, -3, 3, -3, 0})), 56.0 / 3.0, 1e-9);
+}
+
+// The climb stays at a column of sum 4 in the first matrix; the vector (1, -4/3, 5/3, -2) tells
+// 2 |A x| / (3 n) = 47/9. In the inverse the climb finds 105/106.
+TEST_F(Factors, ConditionIsAlsoThatOfAnAlternatingVector) {
+  EXPECT_NEAR(estimatedCondition(mat(4, 4, {2, 0, 2, 1, -2, 0, 1, 3, 3, 2, 1, -3, 0, 2, -3, 3})),
+              47.0 / 9.0 * 105.0 / 106.0, 1e-9);
+}
+
+TEST_F(Factors, APivotOutOfRangeIsError2AndAWrongLengthError1) {
+  const auto LU = mat(2, 2, {1, 2, 0, 1}), singular = mat(2, 2);
+  const auto outside = perm({0, 2}), longer = perm({0, 1, 2});
+  const auto b = vec({1, 1});
+  EXPECT_FAILS(2, LM_LUcondest(LU.get(), outside.get(), 0, nullptr, &status));
+  EXPECT_FAILS(2, LM_LUsolve(LU.get(), outside.get(), b.get(), nullptr, 0, nullptr, &status));
+  EXPECT_FAILS(2, LM_LUTsolve(LU.get(), outside.get(), b.get(), nullptr, 0, nullptr, &status));
+  EXPECT_FAILS(1, LM_LUcondest(LU.get(), longer.get(), 0, nullptr, &status));
+  EXPECT_FAILS(1, LM_LUsolve(singular.get(), longer.get(), b.get(), nullptr, 0, nullptr, &status));
+  EXPECT_FAILS(1, LM_LUTsolve(singular.get(), longer.get(), b.get(), nullptr, 0, nullptr, &status));
 }
 
 TEST_F(Factors, ScalesAreReleasedWithTheirGroup) {
