@@ -93,7 +93,7 @@ protected:
   }
 };
 using Forms = testing::Types<Trees, Packed, Windows, Lists>;
-TYPED_TEST_SUITE(BinaryForms, Forms);
+TYPED_TEST_SUITE(BinaryForms, Forms, );
 
 // Longer than what is read or staged at a time, and with gaps.
 std::vector<double> longVector() {
