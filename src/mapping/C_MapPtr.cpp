@@ -1,6 +1,7 @@
 #include <zarel/C_MapManager.h>
 
 #include <algorithm>
+#include <new>
 #include <sys/mman.h>
 #include <type_traits>
 
@@ -48,6 +49,16 @@ SystemAdvice systemAdvice(E_MapAdvice advice) {
   return {-1, -1};
 }
 
+// Views end in destructors, where nothing may be thrown, not even for want of memory.
+void reportNotUnmapped() {
+  try {
+    C_ZarelException failure("Throwing", __FILE__, __LINE__, UnmapFailed, reasonInErrno,
+                             defaultKey);
+    C_MessageTool::HandleMessage(failure, E_MsgError, 0);
+  } catch (const std::bad_alloc&) {
+  }
+}
+
 } // namespace
 
 void C_MapPtr::MapToFile(unsigned __int64 offset, unsigned __int64 length, unsigned int granularity,
@@ -67,12 +78,7 @@ void C_MapPtr::MapToFile(unsigned __int64 offset, unsigned __int64 length, unsig
 
 void C_MapPtr::UnMap() {
   if (!_mapPtr) return;
-  if (systemCalls().munmap(_mapPtr, _mapLength) != 0) {
-    C_ZarelException failure("Throwing", __FILE__, __LINE__, UnmapFailed, reasonInErrno,
-                             defaultKey);
-    C_MessageTool::HandleMessage(failure, E_MsgError, 0);
-    return;
-  }
+  if (systemCalls().munmap(_mapPtr, _mapLength) != 0) return reportNotUnmapped();
   __2Handles* const handles = _handles;
   *this = C_MapPtr();
   _handles = handles;

@@ -35,15 +35,32 @@ struct FreeText {
   void operator()(char* text) const { zarelmem_free(text, __FILE__, __LINE__); }
 };
 
-} // namespace
+const char* sourceOf(const Caller& caller) {
+  return caller.source ? caller.source : "";
+}
 
-// Callers in C expect no exception, and the failure counts more than its report.
-int Caller::fail(MapMessage message, const char* function) const {
+// Runs what tells of a failure. Callers in C expect no exception, and the failure counts more than
+// its report.
+template <class Report>
+void tell(Report report) {
   try {
-    const std::unique_ptr<char, FreeText> text(MSG_get(message));
-    Erreur(function, line, source ? source : "", "%s", text ? text.get() : plainText(message));
+    report();
   } catch (const std::bad_alloc&) {
   }
+}
+
+} // namespace
+
+int Caller::fail(MapMessage message, const char* function) const {
+  tell([&] {
+    const std::unique_ptr<char, FreeText> text(MSG_get(message));
+    Erreur(function, line, sourceOf(*this), "%s", text ? text.get() : plainText(message));
+  });
+  return refuse();
+}
+
+int Caller::failTraced() const {
+  tell([this] { fct_Trace("aff_lieu", line, sourceOf(*this)); });
   return refuse();
 }
 

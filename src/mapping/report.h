@@ -32,6 +32,8 @@ struct Caller {
   }
   // The same with a report as an error of `function`.
   int fail(MapMessage message, const char* function = __builtin_FUNCTION()) const;
+  // The same with the trace of a failing call, which was reported already.
+  int failTraced() const;
 };
 
 } // namespace Zarel

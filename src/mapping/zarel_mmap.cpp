@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <new>
 
-#include <zarel/erreur.h>
 #include <zarel/hash_util.h>
 #include <zarel/zarelmem.h>
 
@@ -154,8 +153,7 @@ int zarel_munmap(ZAREL_MMAP* record, const char* name, const char* source, int l
   ZAREL_MMAP_VIEW* const view = record->mapped == 'Y' ? registered(*record) : nullptr;
   if (!view) return 0;
   if (zarel_munmap_(view, name, source, line) == 0) return leave(*record, view, caller);
-  fct_Trace("aff_lieu", line, source);
-  return caller.refuse();
+  return caller.failTraced();
 }
 
 void free_variables_zarel_mmap(void) {

@@ -17,7 +17,6 @@
 #include "mapping/view.h"
 #include "system/calls.h"
 #include "system/descriptor.h"
-#include "system/text.h"
 
 using namespace Zarel;
 
@@ -35,6 +34,7 @@ struct Unit {
   wchar_t* fileName;
   int descriptor;
   char state;
+  char* path; // the name as the system takes it, so that no memory is needed to delete the file
 };
 
 // What a function was called with, to hand on.
@@ -76,9 +76,14 @@ Unit* unitOf(const ZAREL_MMAP* record) {
   return node ? static_cast<Unit*>(node->object) : nullptr;
 }
 
+// What the list tells of its failure needs memory, too.
 bool append(Unit* unit) {
-  if (!units) units = LTE_creer(nullptr);
-  return units && LTE_ins_fin(units, unit, unitType) == 0;
+  try {
+    if (!units) units = LTE_creer(nullptr);
+    return units && LTE_ins_fin(units, unit, unitType) == 0;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
 }
 
 void closeFile(Unit& unit) {
@@ -90,6 +95,7 @@ void closeFile(Unit& unit) {
 void release(Unit* unit) {
   closeFile(*unit);
   zarelmem_free(unit->fileName, __FILE__, __LINE__);
+  zarelmem_free(unit->path, __FILE__, __LINE__);
   zarelmem_free(unit, __FILE__, __LINE__);
 }
 
@@ -111,23 +117,25 @@ wchar_t* copyOf(const wchar_t* text, const Call& call) {
   return block ? static_cast<wchar_t*>(std::memcpy(block, text, bytes)) : nullptr;
 }
 
-// A unit without a file yet, with a copy of the name; null without memory.
+// A unit without a file yet, with copies of the name; null without memory.
 Unit* newUnit(const wchar_t* file, unsigned __int64 size, const Call& call) {
-  wchar_t* const fileName = copyOf(file, call);
-  auto* const unit = fileName ? static_cast<Unit*>(zarelmem_calloc(1, sizeof(Unit), call.name, 1,
-                                                                   call.source, call.line))
-                              : nullptr;
-  if (!unit)
-    zarelmem_free(fileName, __FILE__, __LINE__);
-  else
-    *unit = {nullptr, size, fileName, -1, adopted};
-  return unit;
+  auto* const unit =
+      static_cast<Unit*>(zarelmem_calloc(1, sizeof(Unit), call.name, 1, call.source, call.line));
+  if (!unit) return nullptr;
+  *unit = {nullptr, size, copyOf(file, call), -1, adopted, zarel_Tchar2char(file)};
+  if (unit->fileName && unit->path) return unit;
+  release(unit);
+  return nullptr;
+}
+
+bool deleteFile(const Unit& unit) {
+  return systemCalls().unlink(unit.path) == 0;
 }
 
 // Opens a unit's file; interrupted calls are repeated.
 bool openFile(Unit& unit, int flags) {
   try {
-    unit.descriptor = openDescriptor(toUtf8(unit.fileName), O_RDWR | flags).release();
+    unit.descriptor = openDescriptor(unit.path, O_RDWR | flags).release();
     return unit.descriptor >= 0;
   } catch (const std::bad_alloc&) {
     return false;
@@ -200,7 +208,7 @@ ZAREL_MMAP* make(const wchar_t* file, int flags, unsigned __int64 size, const Ca
   Problem problem = fileNotMade;
   if (openForItself(*unit, flags)) {
     problem = buildOnFile(*unit, call);
-    if (problem) zarel_unlink(unit->fileName);
+    if (problem) deleteFile(*unit);
   }
   if (!problem) return unit->map;
   discard(unit, call);
@@ -329,7 +337,7 @@ void zarelmem_free_ooc(ZAREL_MMAP* record, int mode, const char* name, const cha
   } else if (mode != ZAREL_OOC_DELETE && mode != ZAREL_OOC_KEEP) {
     call.fail(fileNotClosed);
   } else {
-    if (mode == ZAREL_OOC_DELETE && zarel_unlink(unit->fileName) != 0) call.fail(fileNotDeleted);
+    if (mode == ZAREL_OOC_DELETE && !deleteFile(*unit)) call.fail(fileNotDeleted);
     if (!remove(unit)) call.fail(registerFailed);
     zarelmem_free(map, source, line);
   }

@@ -414,6 +414,25 @@ TEST_F(MapManager, AViewThatCannotBeUnmappedIsReportedAsAnErrorAndStays) {
   EXPECT_EQ(shown(10), bytes(10));
 }
 
+// Views end in destructors, and the system may lack memory for the same reason as the process.
+TEST_F(MapManager, AViewThatCannotBeUnmappedStaysWithoutMemoryForTheReportToo) {
+  map(0, 0, 10);
+  bool thrown = false;
+
+  support::capture([&] {
+    const long failed = support::forEachFailingAllocation(
+        [&] {
+          const FailingCall failing(1, "munmap", ENOMEM);
+          thrown = thrown || throwsAnything([this] { view.UnMap(); });
+        },
+        support::FailingAllocation::FromThenOn);
+    EXPECT_GT(failed, 3);
+  });
+
+  EXPECT_FALSE(thrown);
+  EXPECT_EQ(shown(10), bytes(10));
+}
+
 TEST_F(MapManager, ReleasingAnUnknownDescriptorDoesNothing) {
   int unknown = 12345;
 
@@ -543,6 +562,7 @@ TEST_F(MapManager, AGrownFileHasItsPlaceOnTheDisk) {
 TEST_F(MapManager, ASizeThatCannotBeSetIs24) {
   expectFailure(24, 16, [this] { manager->SetDataFileSize(-1, 10); });
   expectFailure(24, 9, [this] { manager->SetDataFileSize(fd, ~u64{0}); });
+  expectFailure(24, 9, [this] { manager->SetDataFileSize(fd, u64{1} << 63); });
   int reading = open(name.c_str(), O_RDONLY | O_CLOEXEC);
   expectFailure(24, 18, [&] { manager->SetDataFileSize(reading, 1); });
   close(reading);
@@ -737,7 +757,7 @@ TEST_F(MapManager, EachSystemCallThatFailsLeavesNothingBehind) {
 TEST_F(MapManager, EachAllocationThatFailsLeavesNothingBehind) {
   const size_t before = openDescriptors();
 
-  const long failed = support::forEachFailingAllocation([this] {
+  const auto mapAndRelease = [this] {
     C_MapPtr* made = nullptr;
     int none = -1;
     try {
@@ -751,9 +771,11 @@ TEST_F(MapManager, EachAllocationThatFailsLeavesNothingBehind) {
     manager->UnMapPtr(made);
     delete made;
     manager->ReleaseFileHandle(none);
-  });
+  };
 
-  EXPECT_GT(failed, 1);
+  for (const auto duration :
+       {support::FailingAllocation::Once, support::FailingAllocation::FromThenOn})
+    EXPECT_GT(support::forEachFailingAllocation(mapAndRelease, duration), 1);
   EXPECT_EQ(openDescriptors(), before);
 }
 

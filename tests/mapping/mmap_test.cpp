@@ -241,6 +241,7 @@ TEST_F(Mmap, AViewWithoutTheRegisterThatCannotBeEndedIsReported) {
   });
 
   EXPECT_NE(closing.find(kNotRegistered), std::string::npos) << closing;
+  EXPECT_EQ(record.file, -1);
   EXPECT_EQ(zarel_munmap_(&record, HERE), 0);
 }
 
@@ -289,18 +290,30 @@ TEST_F(Mmap, EachFaultLeavesNothingBehind) {
   const u64 booked = zarel_sum_memsize();
   const auto run = [this] {
     ZAREL_MMAP* const record = map(2, 5, 100000);
-    EXPECT_EQ(error, record ? 0 : -1);
+    {
+      const support::Unharmed checks;
+      EXPECT_EQ(error, record ? 0 : -1);
+    }
     if (record && unmap(record) != 0) unmap(record);
     zarelmem_free(record, __FILE__, __LINE__);
   };
 
   EXPECT_GT(support::forEachFailingCall(run), 5);
   EXPECT_GT(support::forEachFailingAllocation(run), 4);
+  EXPECT_GT(support::forEachFailingAllocation(run, support::FailingAllocation::FromThenOn), 4);
   free_variables_zarel_mmap();
 
   EXPECT_EQ(openDescriptors(), before);
   EXPECT_EQ(zarel_sum_memsize(), booked);
   EXPECT_FALSE(isMappedFrom(name));
+}
+
+TEST_F(Mmap, ExhaustedMemoryAndAFaultOfTheSystemThrowNothing) {
+  expectNothingThrown([this] {
+    ZAREL_MMAP* const record = map(2, 5, 1000);
+    if (record && unmap(record) != 0) unmap(record);
+    zarelmem_free(record, __FILE__, __LINE__);
+  });
 }
 
 } // namespace

@@ -376,6 +376,19 @@ TEST_F(OocPlaces, OfUnitsThatDoNotComeAbout) {
               [&] { zarelmem_realloc_ooc(&stranger, 8, nullptr, THERE, &error); });
 }
 
+TEST_F(OocPlaces, OfUnitsWithoutMemory) {
+  const std::wstring file = wide("unit");
+
+  expectPlace("zarelmem_calloc_ooc", [&] {
+    const support::FailingAllocation failing(1);
+    zarelmem_malloc_ooc(8, file.c_str(), THERE, &error);
+  });
+  expectPlace("zarelmem_adopt_ooc", [&] {
+    const support::FailingAllocation failing(1);
+    zarelmem_adopt_ooc(8, file.c_str(), THERE, &error);
+  });
+}
+
 TEST_F(OocPlaces, OfUnitsThatCannotBeChangedOrReleased) {
   ZAREL_MMAP* const unit = make(100, nullptr);
   const auto resizeThere = [&] { zarelmem_realloc_ooc(unit, 8, nullptr, THERE, &error); };
@@ -675,13 +688,10 @@ TEST_F(Ooc, ManyUnitsStandSideBySide) {
 // file.
 class OocFaults : public Ooc {
 protected:
-  void run() {
+  // Makes, resizes and releases a unit; false if it was not made.
+  bool run() {
     ZAREL_MMAP* unit = make(100, nullptr);
-    if (!unit) {
-      EXPECT_EQ(error, -1);
-      EXPECT_EQ(entriesOf(directory.path()), 0u);
-      return;
-    }
+    if (!unit) return false;
     std::memset(data(unit), 'd', 100);
     if (ZAREL_MMAP* const larger = resize(unit, 10000)) unit = larger;
     if (ZAREL_MMAP* const smaller = resize(unit, 50)) unit = smaller;
@@ -690,6 +700,7 @@ protected:
     else
       for (int k = 0; k < 3 && zarelmem_ismapped(unit) != 0; ++k)
         release(unit);
+    return true;
   }
 
   void expectNothingLeft(const std::function<long(const std::function<void()>&)>& forEachFault) {
@@ -699,8 +710,12 @@ protected:
 
     support::capture([&] {
       EXPECT_GT(forEachFault([&] {
-                  run();
+                  const bool made = run();
                   const support::Unharmed checks;
+                  if (!made) {
+                    EXPECT_EQ(error, -1);
+                    EXPECT_EQ(entriesOf(directory.path()), 0u);
+                  }
                   for (const auto& file : std::filesystem::directory_iterator(directory.path()))
                     std::filesystem::remove(file);
                 }),
@@ -710,9 +725,19 @@ protected:
 
     EXPECT_EQ(openDescriptors(), descriptors);
     EXPECT_EQ(zarel_sum_memsize(), booked);
-    EXPECT_FALSE(isMappedFrom("ZRLVS"));
+    EXPECT_FALSE(isMappedFrom(directory.path()));
   }
 };
+
+TEST_F(OocFaults, OfExhaustedMemoryLeaveNothing) {
+  expectNothingLeft([](const std::function<void()>& operation) {
+    return support::forEachFailingAllocation(operation, support::FailingAllocation::FromThenOn);
+  });
+}
+
+TEST_F(OocFaults, OfExhaustedMemoryAndTheSystemThrowNothing) {
+  support::capture([this] { expectNothingThrown([this] { run(); }); });
+}
 
 TEST_F(OocFaults, OfEachSystemCallLeaveNothing) {
   expectNothingLeft([](const std::function<void()>& operation) {

@@ -19,6 +19,8 @@
 #include <zarel/C_ZarelException.h>
 
 #include "support/Capture.h"
+#include "support/FailingAllocation.h"
+#include "support/FailingCall.h"
 #include "support/Files.h"
 #include "system/calls.h"
 #include "system/text.h"
@@ -72,6 +74,34 @@ inline const std::string kNotMade = "A file cannot be created, opened or sized";
 inline const std::string kNotDeleted = "A file cannot be deleted";
 inline const std::string kNotClosed = "A file cannot be closed";
 inline const std::string kNotRegistered = "A mapped file is not registered";
+
+inline bool throwsAnything(const std::function<void()>& operation) {
+  try {
+    operation();
+    return false;
+  } catch (...) {
+    return true;
+  }
+}
+
+// Runs `operation` with each of its system calls failing, and with its memory exhausted from each
+// allocation on, in all combinations. Nothing may be thrown. Its own checks need `Unharmed`.
+inline void expectNothingThrown(const std::function<void()>& operation) {
+  bool callFailed = true;
+  for (long n = 0; callFailed; ++n) {
+    bool memoryFailed = true;
+    callFailed = n == 0;
+    for (long m = 1; memoryFailed; ++m) {
+      const support::FailingCall call(n);
+      const support::FailingAllocation memory(m, support::FailingAllocation::FromThenOn);
+      const bool thrown = throwsAnything(operation);
+      const support::Unharmed checks;
+      EXPECT_FALSE(thrown) << "system call " << n << ", allocation " << m;
+      callFailed = callFailed || support::FailingCall::happened();
+      memoryFailed = support::FailingAllocation::happened();
+    }
+  }
+}
 
 // What a piece of code says, on either stream.
 inline std::string toldBy(const std::function<void()>& operation) {

@@ -11,12 +11,15 @@ namespace {
 
 std::atomic<long> left{0};
 std::atomic<bool> failed{false};
+std::atomic<bool> persistent{false};
 
-// Counts one allocation and tells whether it is the one that fails.
+// Counts one allocation and tells whether it is the one that fails, or a later one of memory that
+// stays exhausted: the count then stays at 1.
 bool failsNow() {
   if (left.load(std::memory_order_relaxed) <= 0) return false;
   if (--left != 0) return false;
   failed = true;
+  if (persistent) left = 1;
   return true;
 }
 
@@ -104,8 +107,9 @@ void operator delete[](void* block, size_t, std::align_val_t) noexcept {
 namespace support {
 
 // The memory manager's own tables are no allocations of what is tested.
-FailingAllocation::FailingAllocation(long n) {
+FailingAllocation::FailingAllocation(long n, Duration duration) {
   getGlobalMemManager();
+  persistent = duration == FromThenOn;
   ++living;
   Zarel::allocator() = {countedMalloc, countedCalloc, countedRealloc, real.free};
   failed = false;

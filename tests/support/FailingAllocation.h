@@ -13,10 +13,13 @@
 
 namespace support {
 
-// While it lives, the n-th allocation from now on fails, once; n below 1: none.
+// While it lives, the n-th allocation from now on fails, once or with all that follow; n below 1:
+// none.
 class FailingAllocation {
 public:
-  explicit FailingAllocation(long n);
+  enum Duration { Once, FromThenOn };
+
+  explicit FailingAllocation(long n, Duration duration = Once);
   ~FailingAllocation();
   FailingAllocation(const FailingAllocation&) = delete;
   FailingAllocation& operator=(const FailingAllocation&) = delete;
@@ -41,10 +44,14 @@ private:
 // makes fewer than that. std::bad_alloc and the library's exception may leave the operation;
 // anything else fails the test. Returns how many allocations were made to fail: expect it to be
 // above 0.
+//
+// With `FromThenOn` the memory stays exhausted to the end of the operation, its reports included.
 template <class Operation>
-long forEachFailingAllocation(Operation operation, long limit = 1000000) {
+long forEachFailingAllocation(Operation operation,
+                              FailingAllocation::Duration duration = FailingAllocation::Once,
+                              long limit = 1000000) {
   for (long n = 1; n <= limit; ++n) {
-    const FailingAllocation failing(n);
+    const FailingAllocation failing(n, duration);
     try {
       operation();
     } catch (const std::bad_alloc&) {

@@ -41,6 +41,26 @@ TEST(FailingAllocation, FailsEachAllocationInTurn) {
   EXPECT_EQ(reached, (std::vector<int>{0, 1, 2, 3}));
 }
 
+TEST(FailingAllocation, LeavesMemoryExhaustedIfToldTo) {
+  std::vector<int> failed(3);
+  const auto allocate = [] {
+    void* const block = zarelmem_malloc(8, "test", 1, __FILE__, __LINE__);
+    zarelmem_free(block, __FILE__, __LINE__);
+    return block != nullptr;
+  };
+
+  const long failures = forEachFailingAllocation(
+      [&] {
+        for (int& count : failed)
+          if (!allocate()) ++count;
+      },
+      FailingAllocation::FromThenOn);
+
+  EXPECT_EQ(failures, 3);
+  EXPECT_EQ(failed, (std::vector<int>{1, 2, 3}));
+  EXPECT_TRUE(allocate());
+}
+
 TEST(FailingAllocation, LeavesTheAllocatorAsItWas) {
   { const FailingAllocation failing(1); }
 
