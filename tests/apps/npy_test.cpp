@@ -60,6 +60,11 @@ TEST(Npy, RefusesWhatIsNoHead) {
         "{'descr': '<f8', 'fortran_order': False, 'shape': (-2,)}",
         "{'descr': '<f8', 'fortran_order': False, 'shape': (2x)}",
         "{'descr': '<f8', 'fortran_order': False, 'shape': (99999999999999999999,)}",
+        "{'descr': '<f8', 'fortran_order': False, 'shape': (2 3)}",
+        "{'descr': '<f8' 'fortran_order': False, 'shape': (2,)}",
+        "{'descr': '<f8', 'fortran_order': False, 'shape': (2,), 'shape': (3,)}",
+        "{'descr': '<f8', 'descr': '<f8', 'fortran_order': False, 'shape': (2,)}",
+        "{'descr': '<f8', 'fortran_order': False, 'fortran_order': True, 'shape': (2,)}",
         "{'descr': '<f8', 'fortran_order': False, 'shape': (2,), 'more': 1}"}) {
     const app::Failure failure = failureOf([&] { headOf(dictionary); });
     EXPECT_EQ(failure.code, app::ExitCode::badInput) << dictionary;

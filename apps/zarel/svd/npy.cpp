@@ -19,9 +19,9 @@ public:
   NpyHead read() {
     NpyHead head;
     expect('{');
-    for (char next = peek(); next != '}'; next = peek()) {
+    while (peek() != '}') {
       entry(head);
-      if (peek() == ',') ++at_;
+      separator('}');
     }
     if (!type_ || !order_ || !shape_) fail("its head lacks a key");
     return head;
@@ -42,6 +42,10 @@ private:
   void expect(char wanted) {
     if (peek() != wanted) fail(std::string("its head has no '") + wanted + "' where one belongs");
     ++at_;
+  }
+  /** A comma, which the last of a list need not have behind it. */
+  void separator(char end) {
+    if (peek() != end) expect(',');
   }
   std::string quoted() {
     const char quote = peek();
@@ -74,33 +78,34 @@ private:
     const std::string key = quoted();
     expect(':');
     if (key == "descr")
-      readType(head);
+      once(type_, key), readType(head);
     else if (key == "fortran_order")
-      readOrder(head);
+      once(order_, key), readOrder(head);
     else if (key == "shape")
-      readShape(head);
+      once(shape_, key), readShape(head);
     else
       fail("its head has the unknown key \"" + key + "\"");
+  }
+  void once(bool& seen, const std::string& key) const {
+    if (seen) fail("its head has the key \"" + key + "\" twice");
+    seen = true;
   }
   void readType(NpyHead& head) {
     if (peek() == '[') fail("its elements are records");
     head.type = quoted();
-    type_ = true;
   }
   void readOrder(NpyHead& head) {
     const std::string value = word();
     if (value != "True" && value != "False") fail("its order is neither True nor False");
     head.columnOrder = value == "True";
-    order_ = true;
   }
   void readShape(NpyHead& head) {
     expect('(');
     while (peek() != ')') {
       head.shape.push_back(count());
-      if (peek() == ',') ++at_;
+      separator(')');
     }
     ++at_;
-    shape_ = true;
   }
 
   std::string_view text_;
