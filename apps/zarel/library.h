@@ -9,6 +9,7 @@
 #include "console.h"
 
 #include <string>
+#include <zarel/C_MessageTool.h>
 #include <zarel/C_ZarelException.h>
 #include <zarel/Kriging.h>
 
@@ -40,6 +41,33 @@ private:
   Details* former_;
   std::string text_;
 };
+
+/**
+ * The library's own words about a failure stay unsaid while this lives, as the program has better
+ * ones; its stacks of calls too, unless ZAREL_VERBOSITY asks for more than is usual.
+ */
+class Hushed {
+public:
+  Hushed();
+  Hushed(const Hushed&) = delete;
+  Hushed& operator=(const Hushed&) = delete;
+  ~Hushed();
+
+private:
+  Zarel::C_MessageTool* tool_;
+  unsigned filter_ = 0;
+  int level_ = 0;
+};
+
+/**
+ * Gives the BLAS the buffer that it works in, once. Commands that compute call it first: OpenBLAS
+ * takes the buffer in its first product and, where the system refuses it, asks for ever. Throws the
+ * failure "out of memory" instead.
+ */
+void takeBlasBuffer();
+
+/** Tells whether an exception of the library means that there is no memory. */
+bool isOutOfMemory(const C_ZarelException& thrown);
 
 /** An exception of the library as a failure: its code, its reason and where it was thrown. */
 Failure asFailure(const C_ZarelException& thrown);

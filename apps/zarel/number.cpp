@@ -73,4 +73,12 @@ std::string roundedText(double value, int digits) {
   return std::string(text, result.ptr);
 }
 
+std::string sizeText(double bytes) {
+  constexpr const char* units[] = {" bytes", " KiB", " MiB", " GiB", " TiB"};
+  int unit = 0;
+  for (; bytes >= 1024 && unit < 4; ++unit)
+    bytes /= 1024;
+  return roundedText(bytes, bytes < 1000 ? 3 : 4) + units[unit];
+}
+
 } // namespace app

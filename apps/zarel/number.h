@@ -30,6 +30,9 @@ std::string numberText(double value);
 /** For people: a few significant digits. */
 std::string roundedText(double value, int digits = 4);
 
+/** For people: bytes, as "4.58 MiB". */
+std::string sizeText(double bytes);
+
 /** The text without blanks (spaces and tabs) at its ends. */
 std::string_view trimmed(std::string_view text) noexcept;
 

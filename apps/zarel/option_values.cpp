@@ -38,8 +38,8 @@ int readNamed(const std::string& option, std::string_view text,
     names.emplace_back(value.name);
   }
   const std::string hint = didYouMean(text, names);
-  refuse(option, inQuotes(std::string(text)) + " is not known" + (hint.empty() ? "" : "; " + hint) +
-                     " It is one of " + listed(names));
+  refuse(option, inQuotes(std::string(text)) + " is not known" +
+                     (hint.empty() ? ". It" : "; " + hint + " It") + " is one of " + listed(names));
 }
 
 CLI::Option* addText(CLI::App& command, const std::string& names, const std::string& help,
@@ -48,6 +48,13 @@ CLI::Option* addText(CLI::App& command, const std::string& names, const std::str
       .add_option_function<std::string>(
           names, [read](const std::string& text) { read(text); }, help)
       ->take_last();
+}
+
+/** The help of an option with a line for each name. */
+std::string helpOf(std::string help, const std::vector<NamedValue>& values) {
+  for (const auto& value : values)
+    help += std::string("\n  ") + value.name + ": " + value.help;
+  return help;
 }
 
 /** The long name among "-o,--output". */
@@ -117,10 +124,7 @@ CLI::Option* addReals(CLI::App& command, const std::string& names, std::vector<d
 CLI::Option* addNamed(CLI::App& command, const std::string& names, std::vector<int>& target,
                       const std::vector<NamedValue>& values, const std::string& help) {
   const auto option = longName(names);
-  std::string text = help;
-  for (const auto& value : values)
-    text += std::string("\n  ") + value.name + ": " + value.help;
-  return addText(command, names, text,
+  return addText(command, names, helpOf(help, values),
                  [&target, option, &values](const std::string& given) {
                    target.clear();
                    forEachPart(given, ',', [&](std::string_view part) {
@@ -129,6 +133,17 @@ CLI::Option* addNamed(CLI::App& command, const std::string& names, std::vector<i
                  })
       ->type_name("NAME")
       ->default_str(nameOf(values, target.front()));
+}
+
+CLI::Option* addChoice(CLI::App& command, const std::string& names,
+                       const std::vector<NamedValue>& values, const std::string& help,
+                       const std::function<void(int)>& take) {
+  const auto option = longName(names);
+  return addText(command, names, helpOf(help, values),
+                 [option, &values, take](const std::string& text) {
+                   take(readNamed(option, text, values));
+                 })
+      ->type_name("NAME");
 }
 
 } // namespace app

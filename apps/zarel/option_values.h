@@ -8,6 +8,7 @@
 #include "model_options.h"
 
 #include <CLI/CLI.hpp>
+#include <functional>
 #include <limits>
 #include <string>
 #include <vector>
@@ -41,6 +42,11 @@ CLI::Option* addReals(CLI::App& command, const std::string& names, std::vector<d
 /** An option with one or more of these names between commas. */
 CLI::Option* addNamed(CLI::App& command, const std::string& names, std::vector<int>& target,
                       const std::vector<NamedValue>& values, const std::string& help);
+
+/** An option with one of these names; `take` gets its value. */
+CLI::Option* addChoice(CLI::App& command, const std::string& names,
+                       const std::vector<NamedValue>& values, const std::string& help,
+                       const std::function<void(int)>& take);
 
 } // namespace app
 

@@ -232,6 +232,7 @@ void buildList(const Samples& samples, const ModelOptions& options, KrigingList<
 }
 
 void fitModels(KrigingList<double>& list, const ModelNotes& notes, Console& console) {
+  library::takeBlasBuffer();
   solveWith(
       list, [](Kriging<double>& model) { return model.Solve(); },
       [&](int i) { return listed(outputsOf(list, notes, i), 3); }, [&] { return wayOn(list); },
@@ -239,6 +240,7 @@ void fitModels(KrigingList<double>& list, const ModelNotes& notes, Console& cons
 }
 
 void prepareErrors(KrigingList<double>& list, const ModelNotes& notes, Console& console) {
+  library::takeBlasBuffer();
   // A search would move the multipliers, and with them the predictions.
   must(list.PutKrigingKernOptType(E_KernOptNone, -1), "a fit without a search");
   solveWith(

@@ -7,6 +7,7 @@
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <thread>
 
 using app::ExitCode;
 using app::SnapshotChoice;
@@ -145,6 +146,43 @@ TEST_F(SnapshotFiles, RefusesCountsOfFilesThatHaveTheirOwn) {
   SnapshotChoice set = choiceOf("a", setFile(three));
   set.rows = true;
   EXPECT_EQ(failureOf([&] { app::inspectSnapshots(set); }).code, ExitCode::usage);
+}
+
+TEST_F(SnapshotFiles, TellsWhatAHeadPromisesAndWhatTheFileHolds) {
+  const auto textOf = [](const SnapshotChoice& choice) {
+    const app::Failure failure = failureOf([&] { app::inspectSnapshots(choice); });
+    EXPECT_EQ(failure.place.file, choice.path);
+    EXPECT_FALSE(failure.hint.empty()) << failure.what();
+    return std::string(failure.what());
+  };
+  SnapshotChoice raw = choiceOf("raw", apptest::bytesOf(three.byVector()));
+  raw.vectors = 5;
+
+  EXPECT_THAT(textOf(choiceOf("set", setFile(three).substr(0, 50))),
+              HasSubstr("3 vectors of 4 numbers, which take 104 bytes, but it has 50"));
+  EXPECT_THAT(textOf(choiceOf("negative", apptest::bytesOf<std::int32_t>({-3, 4}))),
+              HasSubstr("-3 vectors of 4 numbers; both go from 1"));
+  EXPECT_THAT(textOf(choiceOf("npy", npyFile(npyDictionary(true, 4, 3), "12345678"))),
+              HasSubstr("its head tells of 3 vectors of 4 numbers, which take 224 bytes, but it "
+                        "has 136"));
+  EXPECT_THAT(textOf(raw), HasSubstr("5 vectors of 2 numbers, which take 80 bytes, but it has 96"));
+  EXPECT_THAT(textOf(choiceOf("short", "1234")), HasSubstr("its 4 bytes are too few"));
+  EXPECT_THAT(textOf(choiceOf("head.csv", "a,b\n")), HasSubstr("no rows"));
+}
+
+TEST_F(SnapshotFiles, CsvThroughAPipeIsReadOnce) {
+  SnapshotChoice choice;
+  choice.path = path("pipe");
+  ASSERT_EQ(mkfifo(choice.path.c_str(), 0600), 0);
+  EXPECT_THAT(failureOf([&] { app::inspectSnapshots(choice); }).hint, HasSubstr("--format csv"));
+  choice.format = SnapshotFormat::csv;
+  std::thread writer(
+      [&] { std::ofstream(choice.path) << "u,v,w\n1,5,9\n2,6,10\n3,7,11\n4,8,12\n"; });
+  app::Console console;
+  const Snapshots loaded = app::loadSnapshots(choice, app::inspectSnapshots(choice), true, console);
+  writer.join();
+
+  expectThree(*loaded.set);
 }
 
 TEST_F(SnapshotFiles, RefusesWhatIsNotThere) {

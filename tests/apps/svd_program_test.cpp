@@ -1,7 +1,6 @@
 // zarel svd from outside: every kind of input, both solvers, in and out of core, and what it
 // leaves.
-#include "program_support.h"
-#include "snapshot_files.h"
+#include "svd_support.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,31 +13,19 @@
 #include <unistd.h>
 
 using apptest::Around;
+using apptest::departure;
+using apptest::length;
 using apptest::numbersOf;
 using apptest::Outcome;
+using apptest::total;
 using apptest::Vectors;
+using apptest::vectorsOf;
 using apptest::Words;
 using ::testing::HasSubstr;
 
 namespace {
 
-constexpr std::size_t total = 9, length = 40;
 constexpr int usage = 2, badInput = 3, io = 4, numerical = 5, interrupted = 130;
-
-/** Three directions of falling strength, mixed by cosines. */
-Vectors mixture() {
-  Vectors vectors;
-  for (std::size_t j = 0; j < total; ++j) {
-    std::vector<double> column(length);
-    for (std::size_t i = 0; i < length; ++i)
-      for (std::size_t k = 0; k < 3; ++k)
-        column[i] += std::pow(0.1, static_cast<double>(k)) *
-                     std::cos(static_cast<double>((k + 1) * i) / 9.0) *
-                     std::cos(static_cast<double>(k * j) / 3.0 + 1);
-    vectors.columns.push_back(column);
-  }
-  return vectors;
-}
 
 /** Numbers in [0, 1) without order. */
 Vectors randomVectors(std::size_t count, std::size_t rows) {
@@ -52,38 +39,6 @@ Vectors randomVectors(std::size_t count, std::size_t rows) {
     }
   }
   return vectors;
-}
-
-/** A vector set file as vectors. */
-Vectors vectorsOf(const std::string& bytes) {
-  std::int32_t counts[2] = {0, 0};
-  EXPECT_GE(bytes.size(), sizeof counts);
-  std::memcpy(counts, bytes.data(), sizeof counts);
-  Vectors vectors;
-  const std::size_t one = static_cast<std::size_t>(counts[1]) * sizeof(double);
-  EXPECT_EQ(bytes.size(), sizeof counts + static_cast<std::size_t>(counts[0]) * one);
-  for (std::size_t j = 0; j < static_cast<std::size_t>(counts[0]); ++j) {
-    vectors.columns.emplace_back(static_cast<std::size_t>(counts[1]));
-    std::memcpy(vectors.columns.back().data(), bytes.data() + sizeof counts + j * one, one);
-  }
-  return vectors;
-}
-
-double dot(const std::vector<double>& a, const std::vector<double>& b) {
-  double sum = 0;
-  for (std::size_t i = 0; i < a.size(); ++i)
-    sum += a[i] * b[i];
-  return sum;
-}
-
-/** The largest departure of a basis from orthonormality. */
-double departure(const Vectors& basis) {
-  double largest = 0;
-  for (std::size_t i = 0; i < basis.count(); ++i)
-    for (std::size_t j = 0; j <= i; ++j)
-      largest = std::max(largest,
-                         std::fabs(dot(basis.columns[i], basis.columns[j]) - (i == j ? 1.0 : 0.0)));
-  return largest;
 }
 
 /** The largest entry of the difference between the vectors and basis times coefficients. */
@@ -100,21 +55,8 @@ double missing(const Vectors& vectors, const Vectors& basis,
   return largest;
 }
 
-class Svd : public apptest::Program {
+class Svd : public apptest::SvdProgram {
 protected:
-  Outcome svd(const Words& more, const Around& around = {}) const {
-    Words words{"svd"};
-    words.insert(words.end(), more.begin(), more.end());
-    return zarel(words, around);
-  }
-  /** Files that are not hidden, which is what a user finds. */
-  std::vector<std::string> names() const {
-    std::vector<std::string> found;
-    for (const auto& entry : std::filesystem::directory_iterator(folder_))
-      found.push_back(entry.path().filename().string());
-    std::sort(found.begin(), found.end());
-    return found;
-  }
   std::string csvOf(const Vectors& vectors) const {
     std::string text;
     char number[40];
@@ -126,9 +68,6 @@ protected:
       }
     return text;
   }
-
-  const Vectors vectors_ = mixture();
-  const std::string set_ = write("vectors.set", setFile(vectors_));
 };
 
 TEST_F(Svd, LeavesBasisValuesCoefficientsAndPicture) {

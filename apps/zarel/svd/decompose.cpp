@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cmath>
 #include <string>
-#include <zarel/C_MessageTool.h>
 
 namespace app {
 
@@ -14,26 +13,6 @@ namespace {
 
 /** The restarted solver is slow for fewer values: its basis then has too little room. */
 constexpr int fewestSought = 8;
-
-/** The library's own words about a failure stay unsaid while this lives; the program has better. */
-class Hushed {
-public:
-  Hushed() : tool_(Zarel::C_MessageTool::Instance("DefaultMessageTool")), filter_(mask()) {
-    if (tool_ != nullptr) tool_->ActivateMessageType(Zarel::E_MsgError, false, Zarel::SCREEN);
-  }
-  Hushed(const Hushed&) = delete;
-  Hushed& operator=(const Hushed&) = delete;
-  ~Hushed() {
-    if (tool_ != nullptr) tool_->setMessageTypeFilter(filter_, Zarel::SCREEN);
-  }
-
-private:
-  unsigned mask() const {
-    return tool_ == nullptr ? 0 : tool_->getMessageTypeFilter(Zarel::SCREEN);
-  }
-  Zarel::C_MessageTool* tool_;
-  unsigned filter_;
-};
 
 /** What both solvers give the program beyond their public functions. */
 template <class Solver>
@@ -234,7 +213,7 @@ SvdResult decompose(VectorSet& set, const SvdChoice& choice, Console& console,
   checkChoice(choice);
   checkKeep(choice, set);
   const library::Details details;
-  const Hushed hushed;
+  const library::Hushed hushed;
   SvdResult result;
   result.vectors = set.getDim();
   result.length = set.getDim1();

@@ -1,25 +1,32 @@
 #include "svd/snapshots.h"
 
 #include "csv.h"
+#include "interrupt.h"
+#include "library.h"
+#include "number.h"
 #include "svd/npy.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 #include <vector>
+#include <zarel/zarelsys.h>
 
 namespace app {
 
 namespace {
 
 constexpr std::size_t setHeadBytes = 8;
+constexpr const char* nothingWritten = "nothing was written";
 
 /** Bytes that are copied at a time where the order has to be turned. */
 constexpr std::size_t turnBytes = std::size_t(32) << 20;
@@ -30,16 +37,25 @@ Failure badFile(const std::string& path, const std::string& what, const std::str
   return {ExitCode::badInput, what, hint, Place{path, 0, 0, 0, ""}};
 }
 
+std::string wholeText(double value) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.0f", value);
+  return text;
+}
+
 /** A file opened for reading, closed at the end. */
 class InputFile {
 public:
-  explicit InputFile(const std::string& path) : path_(path) {
-    fd_ = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  /** Does not wait for the other end of a pipe, which is then refused. */
+  explicit InputFile(const std::string& path)
+      : InputFile(path, open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {
     struct stat info {};
     if (fd_ < 0 || fstat(fd_, &info) != 0) failIo("cannot read \"" + path + "\"", errno);
+    if (S_ISDIR(info.st_mode))
+      throw Failure(ExitCode::usage, "\"" + path + "\" is a folder", "name a file in it");
     if (!S_ISREG(info.st_mode))
       throw Failure(ExitCode::usage, "\"" + path + "\" is no regular file",
-                    "only CSV is read from streams");
+                    "only CSV is read from streams: add --format csv if it is CSV");
     size_ = static_cast<std::size_t>(info.st_size);
   }
   InputFile(const InputFile&) = delete;
@@ -69,6 +85,8 @@ public:
   }
 
 private:
+  InputFile(std::string path, int fd) : path_(std::move(path)), fd_(fd) {}
+
   std::string path_;
   int fd_ = -1;
   std::size_t size_ = 0;
@@ -86,25 +104,45 @@ SnapshotFormat formatOf(const SnapshotChoice& choice) {
   return counted ? SnapshotFormat::raw : SnapshotFormat::vectorSet;
 }
 
+std::string countsText(const SnapshotLayout& layout) {
+  return std::to_string(layout.vectors) + " vectors of " + std::to_string(layout.length) +
+         " numbers";
+}
+
+/** A file whose size or counts are not those of its kind. */
+Failure badSize(const SnapshotChoice& choice, const SnapshotLayout& layout,
+                const std::string& what) {
+  switch (layout.format) {
+  case SnapshotFormat::npy:
+    return badFile(choice.path, "its head tells of " + what, "was it copied to its end?");
+  case SnapshotFormat::raw:
+    return badFile(choice.path, "no raw file of " + what, "mend --vectors or --length");
+  default:
+    return badFile(choice.path, "no vector set file: its head would tell of " + what,
+                   "a raw file needs --vectors or --length, and --format names any other kind");
+  }
+}
+
 /** Counts that a set can have, and a file that holds as many numbers. */
 void checkSize(const SnapshotChoice& choice, const SnapshotLayout& layout, std::size_t size,
                bool exact) {
-  if (layout.vectors < 1 || layout.length < 1)
-    throw badFile(choice.path, "there are no numbers in it");
-  if (layout.vectors > INT_MAX || layout.length > INT_MAX)
-    throw badFile(choice.path, "more vectors or longer ones than 2147483647");
+  if (layout.vectors < 1 || layout.length < 1 || layout.vectors > INT_MAX ||
+      layout.length > INT_MAX)
+    throw badSize(choice, layout, countsText(layout) + "; both go from 1 to 2147483647");
   const double promised = static_cast<double>(layout.offset) + layout.bytes();
   const auto present = static_cast<double>(size);
   if (promised > present || (exact && promised < present))
-    throw badFile(choice.path,
-                  std::to_string(layout.vectors) + " vectors of " + std::to_string(layout.length) +
-                      " numbers do not fit a file of " + std::to_string(size) + " bytes",
-                  "a raw file needs --vectors or --length; --format tells what else a file may be");
+    throw badSize(choice, layout,
+                  countsText(layout) + ", which take " + wholeText(promised) +
+                      " bytes, but it has " + std::to_string(size));
 }
 
 SnapshotLayout inspectSet(const SnapshotChoice& choice) {
   const InputFile file(choice.path);
-  if (file.size() < setHeadBytes) throw badFile(choice.path, "too short for a vector set file");
+  if (file.size() < setHeadBytes)
+    throw badFile(choice.path,
+                  "its " + std::to_string(file.size()) + " bytes are too few for a vector set file",
+                  "--format names any other kind");
   std::int32_t counts[2];
   file.read(counts, sizeof counts, 0);
   SnapshotLayout layout{SnapshotFormat::vectorSet, counts[0], counts[1], true, setHeadBytes};
@@ -145,16 +183,26 @@ SnapshotLayout inspectRaw(const SnapshotChoice& choice) {
   return layout;
 }
 
+constexpr const char* noRows = "there are no rows in it";
+constexpr const char* rowsWanted = "a line of names if you like, then a row of numbers a line";
+
+/** What can be read only once, from its start to its end. */
+bool isStream(const std::string& path) {
+  struct stat info {};
+  return path == "-" ||
+         (stat(path.c_str(), &info) == 0 && !S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode));
+}
+
 /** CSV has a record a row; the records have to be counted. */
 SnapshotLayout inspectCsv(const SnapshotChoice& choice) {
-  if (choice.path == "-")
+  if (isStream(choice.path))
     return {SnapshotFormat::csv, 0, 0, false, 0}; // known once it has been read
   CsvReader reader(choice.path);
   while (reader.next()) {
   }
   SnapshotLayout layout{SnapshotFormat::csv, static_cast<long long>(reader.names().size()),
                         reader.row(), false, 0};
-  if (layout.length == 0) throw badFile(choice.path, "there are no rows in it");
+  if (layout.length == 0) throw badFile(choice.path, noRows, rowsWanted);
   return layout;
 }
 
@@ -196,6 +244,7 @@ void turnRows(const InputFile& file, const SnapshotLayout& layout, double* base,
         for (std::size_t j = tile; j < std::min(tile + tileWidth, n); ++j)
           base[j * m + row + i] = rows[i * n + j];
     progress.update(static_cast<double>((row + count) * n * sizeof(double)));
+    interrupt::check(nothingWritten);
   }
 }
 
@@ -207,6 +256,7 @@ void copyVectors(const InputFile& file, const SnapshotLayout& layout, double* ba
     file.read(reinterpret_cast<char*>(base) + done, bytes, layout.offset + done);
     done += bytes;
     progress.update(static_cast<double>(done));
+    interrupt::check(nothingWritten);
   }
 }
 
@@ -220,6 +270,7 @@ void readCsv(const SnapshotChoice& choice, const SnapshotLayout& layout, double*
     for (std::size_t j = 0; j < n; ++j)
       (choice.transpose ? base[i * n + j] : base[j * m + i]) = reader.number(j);
     progress.update(reader.bytesDone());
+    interrupt::check(nothingWritten);
   }
 }
 
@@ -228,13 +279,16 @@ Snapshots readCsvStream(const SnapshotChoice& choice) {
   CsvReader reader(choice.path);
   const std::size_t n = reader.names().size();
   std::vector<double> rows;
-  while (reader.next())
+  while (reader.next()) {
+    interrupt::check(nothingWritten);
     for (std::size_t j = 0; j < n; ++j)
       rows.push_back(reader.number(j));
+  }
   const std::size_t m = n == 0 ? 0 : rows.size() / n;
-  if (m == 0) throw badFile("standard input", "there are no rows in it");
+  const std::string name = choice.path == "-" ? "standard input" : choice.path;
+  if (m == 0) throw badFile(name, noRows, rowsWanted);
   if (m > INT_MAX || n > INT_MAX)
-    throw badFile("standard input", "more vectors or longer ones than 2147483647");
+    throw badFile(name, "more vectors or longer ones than 2147483647");
   const auto vectors = static_cast<int>(choice.transpose ? m : n);
   const auto length = static_cast<int>(choice.transpose ? n : m);
   Snapshots result;
@@ -288,7 +342,9 @@ MappedFile::MappedFile(const std::string& path, std::size_t bytes, bool writable
   if (view == MAP_FAILED) {
     if (error == 0) error = errno;
     close(fd_);
-    failIo("cannot map \"" + path + "\"", error);
+    throw Failure(
+        ExitCode::io, "cannot map \"" + path + "\": " + std::generic_category().message(error),
+        error == ENOMEM ? "it is shown as a whole: raise the limit on addresses (ulimit -v)" : "");
   }
   data_ = static_cast<char*>(view);
 }
@@ -323,17 +379,50 @@ Snapshots viewSnapshots(const std::string& path, const SnapshotLayout& layout, b
   return result;
 }
 
+namespace {
+
+std::string folderOf(const std::wstring& file) {
+  const auto folder = std::filesystem::path(file).parent_path().string();
+  return folder.empty() ? "the folder for temporary files" : "\"" + folder + "\"";
+}
+
+/**
+ * A set on a data file that has lost its name before it takes any place, so that nothing stays of
+ * it however the run ends.
+ */
+std::unique_ptr<VectorSet> setOnFile(int vectors, int length) {
+  const library::Hushed hushed;
+  std::wstring name;
+  try {
+    auto set = std::make_unique<VectorSet>(2, 0, length, nullptr);
+    name = set->getDataFileName();
+    zarel_unlink(name.c_str());
+    set->Resize(vectors, nullptr);
+    return set;
+  } catch (const C_ZarelException& error) {
+    if (error.getErrno() == 0) throw;
+    const double bytes = 8.0 * vectors * length;
+    throw Failure(ExitCode::io,
+                  "cannot put " + sizeText(bytes) + " of vectors on a file in " + folderOf(name) +
+                      ": " + std::generic_category().message(error.getErrno()),
+                  "TMPDIR names another folder");
+  }
+}
+
+} // namespace
+
 Snapshots loadSnapshots(const SnapshotChoice& choice, const SnapshotLayout& layout, bool inCore,
                         Console& console) {
-  if (choice.path == "-") return readCsvStream(choice);
+  if (layout.format == SnapshotFormat::csv && isStream(choice.path)) return readCsvStream(choice);
   const bool turned = choice.transpose && layout.format == SnapshotFormat::csv;
   const long long vectors = turned ? layout.length : layout.vectors;
   const long long length = turned ? layout.vectors : layout.length;
   if (vectors > INT_MAX || length > INT_MAX)
     throw badFile(choice.path, "more vectors or longer ones than 2147483647");
   Snapshots result;
-  result.set = std::make_unique<VectorSet>(inCore ? 1 : 2, static_cast<int>(vectors),
-                                           static_cast<int>(length), nullptr);
+  const auto count = static_cast<int>(vectors), rows = static_cast<int>(length);
+  result.set =
+      inCore ? std::make_unique<VectorSet>(1, count, rows, nullptr) : setOnFile(count, rows);
   result.set->MapAllBlocks();
   double* const base = result.set->Adr();
   Progress progress(console, "reading", layout.bytes());

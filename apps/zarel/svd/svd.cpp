@@ -2,6 +2,7 @@
 
 #include "csv.h"
 #include "interrupt.h"
+#include "library.h"
 #include "number.h"
 #include "option_values.h"
 #include "refine/charts.h"
@@ -16,6 +17,7 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <optional>
 #include <unistd.h>
 
@@ -57,16 +59,25 @@ double halfOfMemory() {
                                 : 1e9;
 }
 
-std::string humanSize(double bytes) {
-  constexpr const char* units[] = {" bytes", " KiB", " MiB", " GiB", " TiB"};
-  int unit = 0;
-  for (; bytes >= 1024 && unit < 4; ++unit)
-    bytes /= 1024;
-  return roundedText(bytes, 3) + units[unit];
+const std::vector<NamedValue>& methods() {
+  static const std::vector<NamedValue> all{
+      {"lapack", static_cast<int>(SvdMethod::lapack),
+       "all values, in place; taken if the vectors fit into memory"},
+      {"arpack", static_cast<int>(SvdMethod::arpack), "the largest values, by products"}};
+  return all;
 }
 
-const char* methodName(SvdMethod method) {
-  return method == SvdMethod::arpack ? "arpack" : "lapack";
+const std::vector<NamedValue>& formats() {
+  static const std::vector<NamedValue> all{
+      {"set", static_cast<int>(SnapshotFormat::vectorSet), "a vector set file"},
+      {"npy", static_cast<int>(SnapshotFormat::npy), "an array of doubles"},
+      {"raw", static_cast<int>(SnapshotFormat::raw), "doubles and nothing else"},
+      {"csv", static_cast<int>(SnapshotFormat::csv), "a column a vector"}};
+  return all;
+}
+
+std::string methodName(SvdMethod method) {
+  return nameOf(methods(), static_cast<int>(method));
 }
 
 /** Little-endian, whatever the machine. */
@@ -308,6 +319,26 @@ SvdResult decomposeInto(Outputs& outputs, Snapshots& snapshots, const SvdChoice&
   return result;
 }
 
+Failure outOfMemory() {
+  return {
+      ExitCode::failure, "out of memory",
+      "--memory with less than the vectors takes them from a file; fewer of --keep or --largest "
+      "need less beside them"};
+}
+
+/** Runs a step; want of memory ends with a hint that fits. */
+template <class Step>
+auto withMemory(Step step) {
+  try {
+    return step();
+  } catch (const std::bad_alloc&) {
+    throw outOfMemory();
+  } catch (const C_ZarelException& error) {
+    if (library::isOutOfMemory(error)) throw outOfMemory();
+    throw;
+  }
+}
+
 void runSvd(const SvdCommand& command, Globals& globals) {
   checkChoice(command.choice);
   checkOutputs(command, globals);
@@ -319,13 +350,16 @@ void runSvd(const SvdCommand& command, Globals& globals) {
   choice.method = chosenMethod(command, layout, inCore);
   choice.inPlace = command.inPlace;
   if (!inCore)
-    globals.console.note(humanSize(layout.bytes()) + " of vectors stay on a file; " +
-                         humanSize(room) + " may be kept in memory");
+    globals.console.note(sizeText(layout.bytes()) + " of vectors stay on a file; " +
+                         sizeText(room) + " may be kept in memory");
   Outputs outputs(command, globals.force, globals.json);
   const auto begin = Clock::now();
-  Snapshots snapshots = openSnapshots(command, layout, choice.method, inCore, globals.console);
-  interrupt::check("nothing was written");
-  const SvdResult result = decomposeInto(outputs, snapshots, choice, globals.console);
+  library::takeBlasBuffer();
+  const SvdResult result = withMemory([&] {
+    Snapshots snapshots = openSnapshots(command, layout, choice.method, inCore, globals.console);
+    interrupt::check("nothing was written");
+    return decomposeInto(outputs, snapshots, choice, globals.console);
+  });
   const double seconds = std::chrono::duration<double>(Clock::now() - begin).count();
   tell(command, result, seconds, globals.console);
   if (globals.json) printReport(svdReport(command, result, inCore, seconds));
@@ -338,42 +372,31 @@ void addInputOptions(CLI::App& svd, SnapshotChoice& input) {
                  "Vector set, .npy, raw or CSV file; - for CSV from a stream")
       ->required()
       ->type_name("VECTORS");
-  svd.add_option_function<std::string>(
-         "--format",
-         [&input](const std::string& name) {
-           input.format = name == "set"   ? SnapshotFormat::vectorSet
-                          : name == "npy" ? SnapshotFormat::npy
-                          : name == "raw" ? SnapshotFormat::raw
-                                          : SnapshotFormat::csv;
-         },
-         "What the file is; found out from name and content without it")
-      ->check(CLI::IsMember({"set", "npy", "raw", "csv"}))
-      ->type_name("set|npy|raw|csv");
+  addChoice(svd, "--format", formats(), "What the file is; found out from name and content:",
+            [&input](int format) { input.format = static_cast<SnapshotFormat>(format); });
   svd.add_flag("--rows", input.rows,
                "The numbers of a raw file stand row after row, not vector after vector");
   svd.add_flag("--transpose", input.transpose, "The vectors are the rows of the table");
-  addInteger(svd, "--vectors", input.vectors, "How many vectors a raw file holds", 1, INT_MAX);
-  addInteger(svd, "--length", input.length, "How long the vectors of a raw file are", 1, INT_MAX);
+  addInteger(svd, "--vectors", input.vectors, "How many vectors a raw file holds", 1, INT_MAX)
+      ->default_str("");
+  addInteger(svd, "--length", input.length, "How long the vectors of a raw file are", 1, INT_MAX)
+      ->default_str("");
 }
 
 void addChoiceOptions(CLI::App& svd, SvdCommand& command) {
-  svd.add_option_function<std::string>(
-         "--method",
-         [&command](const std::string& name) {
-           command.choice.method = name == "arpack" ? SvdMethod::arpack : SvdMethod::lapack;
-         },
-         "lapack: all values, in place; arpack: the largest, by products. lapack if the vectors "
-         "fit into memory")
-      ->check(CLI::IsMember({"lapack", "arpack"}))
-      ->type_name("lapack|arpack");
+  addChoice(svd, "--method", methods(), "Solver:", [&command](int method) {
+    command.choice.method = static_cast<SvdMethod>(method);
+  });
   CLI::Option* keep =
-      addInteger(svd, "-k,--keep", command.choice.keep, "How many vectors to keep", 1, INT_MAX);
+      addInteger(svd, "-k,--keep", command.choice.keep, "How many vectors to keep", 1, INT_MAX)
+          ->default_str("");
   addReal(svd, "-t,--threshold", command.choice.threshold,
           "Keep as many as make the error of truncation as small as this", Range{0, 1, false})
       ->excludes(keep)
       ->default_str("1e-7");
   addInteger(svd, "--largest", command.choice.largest,
-             "How many values arpack looks for; all but one, or those to keep", 1, INT_MAX);
+             "How many values arpack looks for; all but one, or those to keep", 1, INT_MAX)
+      ->default_str("");
   svd.add_option_function<std::string>(
          "--memory",
          [&command](const std::string& text) { command.memory = readSize("--memory", text); },
