@@ -2,6 +2,7 @@
 // vectors were made with, and against each other.
 #include <limits>
 #include <memory>
+#include <utility>
 
 #include "decomposition/sets.h"
 #include "support/Files.h"
@@ -199,13 +200,13 @@ TEST(SvdAccuracyRestarted, AVectorWithoutADirectionIsGivenOne) {
 
 /** Most rows are 0: all that products hold, their rounding too, lies along the other vectors. */
 TEST(SvdAccuracyRestarted, AVectorOfNothingButTheOthersIsGivenADirection) {
-  for (int used : {1, 2, 3}) {
-    Matrix a(40, 5);
+  for (const auto& [used, n] : {std::pair(1, 5), {2, 5}, {3, 5}, {3, 40}}) {
+    Matrix a(40, n);
     Noise noise;
-    for (int j = 0; j < 5; ++j)
+    for (int j = 0; j < n; ++j)
       for (int i = 0; i < used; ++i)
         a(7 * i, j) = noise.next();
-    Set set(inCore, 5, 40, nullptr);
+    Set set(inCore, n, 40, nullptr);
     fillFrom(set, a);
     C_AlgoSvdArpack svd;
     svd.SetThresholdValue(-1);
@@ -213,9 +214,9 @@ TEST(SvdAccuracyRestarted, AVectorOfNothingButTheOthersIsGivenADirection) {
     ASSERT_EQ(svd.Run(set, 0, -1), 0);
 
     Matrix u = matrixOf(set);
-    ASSERT_EQ(u.NbCol(), 5);
+    ASSERT_EQ(u.NbCol(), n);
     EXPECT_LE(departure(u), 100 * eps) << used;
-    EXPECT_LE(reconstructionError<double>(svd, u, a), 100 * eps) << used;
+    EXPECT_LE(reconstructionError<double>(svd, u, a), 1000 * eps) << used;
   }
 }
 

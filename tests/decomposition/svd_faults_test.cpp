@@ -266,13 +266,17 @@ TEST_F(SvdFaults, AFullDiskUnderTheBasisLeavesTheSetAsItWas) {
 /** A set file with a gap of 16 bytes between its vectors, and the vectors. */
 class SvdFiles : public ::testing::Test {
 protected:
-  void SetUp() override {
-    std::string bytes = raw(4, 30);
+  void SetUp() override { store(raw(4, 30), raw(1e99, 1e99)); }
+
+  /** The vectors behind `head`, with `between` in their gaps. */
+  void store(const std::string& head, const std::string& between) {
+    std::string bytes = head;
     for (int j = 0; j < 4; ++j) {
       for (int i = 0; i < 30; ++i)
         bytes += raw(a(i, j));
-      if (j < 3) bytes += raw(1e99, 1e99);
+      if (j < 3) bytes += between;
     }
+    if (file != nullptr) std::fclose(file);
     support::writeBytes(name, bytes);
     file = std::fopen(name.c_str(), "r+b");
     ASSERT_NE(file, nullptr);
@@ -310,6 +314,22 @@ TEST_F(SvdFiles, TheRestartedSolverTakesGapsAndVectorsThatAreNeverMapped) {
     EXPECT_NEAR(s[0], 4, 1e-12);
     EXPECT_NEAR(s[1], 2, 1e-12);
   }
+}
+
+TEST_F(SvdFiles, TheRestartedSolverTakesGapsOfAnyBytes) {
+  store(raw(4, 30), "a few bytes!"); // not the size of a value, nor twice that
+  Set set;
+  set.Read(file, 2, true, 0, 0, 12);
+  Kept problem(set);
+  C_AlgoSvdArpack svd;
+  int nev = 2;
+  svd.SetNbEigenValuesToFind(nev);
+
+  ASSERT_EQ(svd.Run(static_cast<C_ItfAlgorithm&>(problem)), 0);
+
+  const std::vector<double> s = valuesOf<double>(svd);
+  EXPECT_NEAR(s[0], 4, 1e-12);
+  EXPECT_NEAR(s[1], 2, 1e-12);
 }
 
 TEST_F(SvdFiles, TheRestartedSolverNamesTheVectorAtFaultInFilesToo) {
