@@ -75,6 +75,7 @@ __2Handles& C_MapManager::HandlesOf(int fd, const wchar_t* file, int mode) {
   try {
     OpenHandles(entry->second, fd, file, mode);
   } catch (const std::bad_alloc&) {
+    closeHandle(entry->second);
     _handles.erase(entry);
     throw;
   }

@@ -779,6 +779,25 @@ TEST_F(MapManager, EachAllocationThatFailsLeavesNothingBehind) {
   EXPECT_EQ(openDescriptors(), before);
 }
 
+// The file is open by then, and there may be no memory to tell what is wrong with it.
+TEST_F(MapManager, AFileThatCannotBeMappedLeavesNothingOpenWithoutMemoryEither) {
+  support::writeBytes(name, "");
+  const size_t before = openDescriptors();
+
+  support::forEachFailingAllocation(
+      [this] {
+        int none = -1;
+        try {
+          manager->MapPtr(&view, none, wideName.c_str(), 2, 0, 1);
+        } catch (...) {
+        }
+        manager->ReleaseFileHandle(none);
+      },
+      support::FailingAllocation::FromThenOn);
+
+  EXPECT_EQ(openDescriptors(), before);
+}
+
 TEST(MapManagerOfTheProcess, ClosesAtItsEndWhatIsLeft) {
   const support::TempDirectory directory;
   support::writeBytes(directory.file("data"), "some bytes");

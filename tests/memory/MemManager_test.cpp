@@ -605,14 +605,23 @@ TEST(MemManagerOfTheProcess, ThreadsThatAllocateAtOnceGetSoundBlocks) {
 
 // The manager's own tables are the first to fail.
 TEST(MemManagerOfTheProcess, NoMemoryForTheManagerIsANullBlock) {
-  const long failed = support::forEachFailingAllocation([] {
+  bool thrown = false;
+  const auto allocate = [&] {
     ReleaseGlobalMemManager();
-    void* const block = zarelmem_malloc(8, "test", 1, __FILE__, __LINE__);
-    EXPECT_EQ(block == nullptr, support::FailingAllocation::happened());
-    zarelmem_free(block, __FILE__, __LINE__);
-  });
+    try {
+      void* const block = zarelmem_malloc(8, "test", 1, __FILE__, __LINE__);
+      const support::Unharmed checks;
+      EXPECT_EQ(block == nullptr, support::FailingAllocation::happened());
+      zarelmem_free(block, __FILE__, __LINE__);
+    } catch (...) {
+      thrown = true;
+    }
+  };
 
-  EXPECT_GT(failed, 3);
+  for (const auto duration :
+       {support::FailingAllocation::Once, support::FailingAllocation::FromThenOn})
+    EXPECT_GT(support::forEachFailingAllocation(allocate, duration), 3);
+  EXPECT_FALSE(thrown);
 }
 
 // Asks while there is neither a manager nor memory for one.
