@@ -77,13 +77,26 @@ Unit* unitOf(const ZAREL_MMAP* record) {
 }
 
 // What the list tells of its failure needs memory, too.
-bool append(Unit* unit) {
+bool addToList(Unit* unit) {
   try {
     if (!units) units = LTE_creer(nullptr);
     return units && LTE_ins_fin(units, unit, unitType) == 0;
   } catch (const std::bad_alloc&) {
     return false;
   }
+}
+
+// An empty list takes no memory.
+void dropEmptyList() {
+  if (LTE_length(units) != 0) return;
+  LTE_free(units, nullptr);
+  units = nullptr;
+}
+
+bool append(Unit* unit) {
+  if (addToList(unit)) return true;
+  dropEmptyList();
+  return false;
 }
 
 void closeFile(Unit& unit) {
@@ -99,15 +112,11 @@ void release(Unit* unit) {
   zarelmem_free(unit, __FILE__, __LINE__);
 }
 
-// An empty list takes no memory.
 bool remove(Unit* unit) {
   LIS* const node = nodeOf(unit->map, hasRecord);
   const bool removed = node && LTE_sup_elt(units, node, nullptr) == 0;
   release(unit);
-  if (LTE_length(units) == 0) {
-    LTE_free(units, nullptr);
-    units = nullptr;
-  }
+  dropEmptyList();
   return removed;
 }
 

@@ -84,6 +84,8 @@ protected:
   // Makes a unit with each of its allocations failing in turn, until it comes about; shows what was
   // told last.
   std::string toldByTheLastFailure(const std::function<ZAREL_MMAP*()>& operation) {
+    release(make(1, nullptr)); // the register of mappings stays from now on
+    const u64 booked = zarel_sum_memsize();
     ZAREL_MMAP* unit = nullptr;
     std::string last;
     for (long n = 1; !unit && n < 1000; ++n) {
@@ -93,6 +95,7 @@ protected:
       });
       if (!unit) last = told;
       EXPECT_EQ(error, unit ? 0 : -1);
+      EXPECT_EQ(zarel_sum_memsize() > booked, unit != nullptr) << "allocation " << n;
     }
     release(unit, ZAREL_OOC_KEEP);
     return last;
