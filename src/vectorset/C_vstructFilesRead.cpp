@@ -69,11 +69,9 @@ int countOf(int given, const SetSource& source) {
   fail(CannotRead, source.readReason);
 }
 
-/** Moves to a byte; without one that a position can tell, fails as the system would. */
+/** Moves to a byte; -1 stands for one that no position can tell, which the system refuses. */
 void moveTo(const SetSource& source, __int64 position) {
-  if (position < 0) errno = EOVERFLOW;
-  if (position < 0 || CBF_lseek64(source.fd, position, SEEK_SET) < 0)
-    fail(CannotSeek, source.seekReason);
+  if (CBF_lseek64(source.fd, position, SEEK_SET) < 0) fail(CannotSeek, source.seekReason);
 }
 
 std::wstring nameOf(wchar_t const* name) {

@@ -166,6 +166,26 @@ TEST_F(DataFile, NameOfAFileThatWasReadIsNeverMadeAnew) {
   EXPECT_EQ(bytesOf("read"), bytes);
 }
 
+TEST_F(DataFile, RestoredByNameIsTheSetsWhateverMemoryThereIs) {
+  std::wstring name = put("read");
+  bool more = true;
+  for (long n = 1; more; ++n) {
+    Set set;
+    {
+      const support::FailingAllocation failing(n);
+      const int code = codeOf([&] { set.Restore(name.data(), 0ULL, 2, 0, 0); });
+      more = support::FailingAllocation::happened();
+      EXPECT_EQ(code, more ? 1 : 0) << "allocation " << n;
+    }
+    if (set.isValid()) {
+      EXPECT_TRUE(set.getMemOwner());
+      CBF_close64(set.getDataFileDescriptor());
+    }
+    set.Release(false);
+  }
+  EXPECT_EQ(bytesOf("read"), bytes);
+}
+
 TEST_F(DataFile, NameStaysWhereTheFileCouldNotBeRemovedAndTheNextOneIsAnother) {
   Set set(2, 3, 4, nullptr);
   const std::wstring former = set.getDataFileName();
@@ -187,6 +207,52 @@ TEST_F(DataFile, TemporaryNameThatIsTakenMeanwhileIsTriedAnew) {
 
   EXPECT_TRUE(support::FailingCall::happened());
   EXPECT_TRUE(set.isValid());
+}
+
+/** What `open` was asked for last. */
+int flagsOfOpen = 0;
+
+TEST_F(DataFile, IsCreatedForItsOwnerAloneAndExclusivelyIfTemporary) {
+  static Zarel::SystemCalls real;
+  real = Zarel::systemCalls();
+  const CallsInstead noting([](Zarel::SystemCalls& calls) {
+    calls.open = [](const char* path, int flags, mode_t mode) {
+      EXPECT_EQ(mode, 0600U);
+      flagsOfOpen = flags & (O_CREAT | O_EXCL | O_TRUNC | O_CLOEXEC | O_ACCMODE);
+      return real.open(path, flags, mode);
+    };
+  });
+  Set set;
+
+  set.Allocate(2, 3, 4, nullptr);
+  EXPECT_EQ(flagsOfOpen, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC);
+  set.setDataFileName(wide("named"));
+  set.Allocate(2, 3, 4, nullptr);
+  EXPECT_EQ(flagsOfOpen, O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC);
+}
+
+TEST_F(DataFile, NameAndSizeAreGoneWithTheFile) {
+  Set set(2, 3, 4, nullptr);
+  EXPECT_EQ(set.getDataFileSize(), 96U);
+
+  set.Release(true);
+
+  EXPECT_EQ(set.getDataFileName(), L"");
+  EXPECT_EQ(set.getDataFileSize(), 0U);
+}
+
+TEST_F(DataFile, NameOfAFileThatWasReadGoesWithTheLifeThatReadIt) {
+  const std::wstring name = put("read");
+  double data[1] = {};
+  for (const int mode : {1, 2}) {
+    Set set;
+    set.Read(name.c_str(), 0, mode, true, 0, 0, 0);
+    EXPECT_EQ(set.getDataFileName(), name);
+
+    set.LinkTo(1, 1, data);
+
+    EXPECT_EQ(set.getDataFileName(), L"");
+  }
 }
 
 TEST_F(DataFile, WithoutAPlaceForTemporaryFilesHasNoName) {
@@ -254,6 +320,23 @@ TEST_F(DataFile, RestoredBeforeOtherBytesGrowsByZeros) {
   EXPECT_EQ(contentOf(set), expected);
   set.UnmapAllBlocks();
   EXPECT_EQ(bytesOf("long").size(), 8 + 5 * 4 * sizeof(double));
+  const int descriptor = set.getDataFileDescriptor();
+  set.Release(true);
+  CBF_close64(descriptor);
+}
+
+// A file that was only adopted is of no size that the set has given it, not of size 0.
+TEST_F(DataFile, RestoredWithoutAHeadIsCutToNothing) {
+  support::writeBytes(directory.file("bare"), bytes.substr(8));
+  std::wstring name = wide("bare");
+  Set set;
+  set.Restore(name.data(), 0ULL, 2, 3, 4);
+
+  set.Resize(0, nullptr);
+  EXPECT_EQ(bytesOf("bare"), "");
+  set.Resize(2, nullptr);
+
+  EXPECT_EQ(contentOf(set), Dense<double>(2, std::vector<double>(4, 0)));
   const int descriptor = set.getDataFileDescriptor();
   set.Release(true);
   CBF_close64(descriptor);

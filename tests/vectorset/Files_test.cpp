@@ -139,6 +139,26 @@ TYPED_TEST(SetFile, WithoutValuesIsTheCountsAlone) {
   }
 }
 
+TYPED_TEST(SetFile, LeavesNothingMappedButWhatWas) {
+  ZAREL_TYPES;
+  if (storage != Storage::Mapped) return;
+  MadeSet<T> set(storage, this->values_, 5);
+  ByteFile file;
+  const auto writeAll = [&] {
+    set->Write(file.stream(), true);
+    set->Dump(file.stream());
+    set->WriteT(file.stream(), true);
+    set->WriteT(file.stream(), false);
+  };
+
+  writeAll();
+  for (unsigned int j = 0; j < 3; ++j)
+    EXPECT_FALSE(set->isMapped(j));
+  set->MapAllBlocks();
+  writeAll();
+  EXPECT_TRUE(set->isMapped(0, 2));
+}
+
 TYPED_TEST(SetFile, GoesBehindTheDataThatItsOwnStreamHolds) {
   ZAREL_TYPES;
   const std::string bytes = fileOf(this->values_, 5);
@@ -557,6 +577,18 @@ TEST_F(ReadOnlyFile, IsRestoredByThePresetNameToo) {
   EXPECT_EQ(contentOf(set), values_);
 }
 
+TEST_F(ReadOnlyFile, ThatDoesNotFitMemoryIsMappedByThePresetName) {
+  C_VSTRUCT<double> set;
+  set.setDataFileName(name_);
+  {
+    const BlockLimit limit(200); // the values are 240 bytes
+    set.Read(stream_, 1, true, 0, 0, 0);
+  }
+  EXPECT_EQ(set.getCoreMode(), 2);
+  EXPECT_EQ(set.getDataFileName(), name_);
+  EXPECT_EQ(contentOf(set), values_);
+}
+
 TEST_F(ReadOnlyFile, LeavesItsNameToNoNewFile) {
   for (bool release : {true, false})
     for (bool map : {true, false}) {
@@ -688,6 +720,27 @@ TEST(SetFileStreams, PipesAreReadIntoCoreAndWritten) {
   std::fclose(out);
 }
 
+// A pipe does not tell beforehand that it ends, and what the system said before is no reason.
+TEST(SetFileStreams, PipesThatEndEarlyAreTold) {
+  const std::string whole = fileOf(randomDense<double>(2, 3), 3);
+  for (const std::size_t length : {3U, 8U, 30U}) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    ASSERT_EQ(write(ends[1], whole.data(), length), static_cast<ssize_t>(length));
+    close(ends[1]);
+    FILE* const in = fdopen(ends[0], "rb");
+    C_VSTRUCT<double> set;
+
+    errno = ENOSPC;
+    EXPECT_EQ(toldBy([&] { set.Restore(nullptr, in, 1, 0, 0); }),
+              length < 8 ? (Told{21, 0}) : (Told{21, 31}))
+        << length;
+
+    EXPECT_FALSE(set.isValid());
+    std::fclose(in);
+  }
+}
+
 // Large sets by rows.
 
 /** A set of `short` whose bytes by rows are a little more than one chunk of 8388608. */
@@ -740,6 +793,27 @@ TEST_F(LargeByRows, GoOutInChunksThatReadersKnow) {
   gather(buffer, rows, length_);
   EXPECT_TRUE(portable.bytes() == expected + head(buffer, 10));
   EXPECT_TRUE(rawForm.bytes() == expectedRaw + head(buffer, 3));
+}
+
+TEST_F(LargeByRows, OfEveryStorageAreTheSame) {
+  make(1398103);
+  const ByteFile source(raw(kVectors, length_) + rawList(data_));
+  ByteFile expected, expectedRaw;
+  set_.WriteT(expected.stream(), true);
+  set_.WriteT(expectedRaw.stream(), false);
+  for (const bool map : {true, false}) {
+    C_VSTRUCT<short> set;
+    ByteFile portable, rawForm;
+    source.moveTo(0);
+    set.Read(source.stream(), 2, map, 0, 0, 0);
+
+    set.WriteT(portable.stream(), true);
+    set.WriteT(rawForm.stream(), false);
+
+    EXPECT_TRUE(portable.bytes() == expected.bytes()) << map;
+    EXPECT_TRUE(rawForm.bytes() == expectedRaw.bytes()) << map;
+    EXPECT_EQ(set.isMapped(0), !map) << "nothing stays mapped";
+  }
 }
 
 TEST_F(LargeByRows, OfOneChunkAreStillSimpleRows) {
