@@ -171,6 +171,12 @@ TEST_F(NoReserve, HolesAreFilledAndDataStays) {
   EXPECT_GE(placed(), 300000);
 }
 
+TEST_F(NoReserve, WhatLiesBehindTheEndIsFilledWithZeros) {
+  EXPECT_TRUE(Zarel::reserveRange(fd, 0, 100000));
+
+  EXPECT_EQ(support::bytesOf(name), bytes(3 * kPage) + std::string(100000 - 3 * kPage, '\0'));
+}
+
 TEST_F(NoReserve, AFullDiskIsAnErrorOfTheCallThatGrows) {
   {
     const FailingCall failing(2, "pwrite", ENOSPC);
