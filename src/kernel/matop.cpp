@@ -43,10 +43,10 @@ struct Factor {
   const char* option() const { return turned ? "C" : "N"; }
 };
 
-// C := s a b + beta C, as the transposed product by columns: C^T := s b^T a^T + beta C^T.
+// C := s a b + beta C, as the transposed product by columns: C^T := s b^T a^T + beta C^T. A product
+// without rows or columns touches nothing.
 template <class M>
 void multiply(const Factor<M>& a, const Factor<M>& b, EntryOf<M> s, EntryOf<M> beta, M* C) {
-  if (C->m == 0 || C->n == 0) return;
   blas::gemm(b.option(), a.option(), b.n(), a.m(), a.n(), s, b.A->base, stride(b.A), a.A->base,
              stride(a.A), beta, C->base, stride(C));
 }
@@ -56,9 +56,8 @@ M* product(const Call& call, const Factor<M>& a, const Factor<M>& b, M* out) {
   LM_NEED(a.A && b.A);
   if (a.n() != b.m()) return call.fail(1);
   if (out == a.A || out == b.A) return call.fail(12);
-  const int m = a.m(), n = b.n();
-  LM_OUTPUT_MATRIX(out, m, n);
-  if (m > 0 && n > 0) multiply(a, b, scalar<EntryOf<M>>(1.0), EntryOf<M>(), out);
+  LM_OUTPUT_MATRIX(out, a.m(), b.n());
+  multiply(a, b, scalar<EntryOf<M>>(1.0), EntryOf<M>(), out);
   return out;
 }
 
@@ -177,6 +176,6 @@ MAT* LM_m_mltadd(const MAT* A, const MAT* B, const MAT* C, double s, MAT* out, L
   LM_OUTPUT_MATRIX(out, rows(A), columns(A));
   for (int i = 0; i < rows(A) && out != A; ++i)
     std::copy_n(A->me[i], columns(A), out->me[i]);
-  if (A->m > 0 && A->n > 0) multiply<MAT>({B, false}, {C, false}, s, 1.0, out);
+  multiply<MAT>({B, false}, {C, false}, s, 1.0, out);
   return out;
 }

@@ -395,6 +395,9 @@ TYPED_TEST(MatMGe, WalksARow) {
   EXPECT_EQ(m.NextRow(), -1);
   EXPECT_EQ(codeOf([&] { m.FirstCol(value); }), 2872); // the cursor has left the rows
   EXPECT_EQ(codeOf([&] { none.FirstCol(value); }), 2872);
+  EXPECT_EQ(m.Row(-1), -1); // the cursor goes where it is sent
+  EXPECT_EQ(codeOf([&] { m.FirstCol(value); }), 2872);
+  EXPECT_EQ(m.NextRow(), 0);
 }
 
 TYPED_TEST(MatMGe, CopiesAreCountedAsTheyAreDestroyed) {

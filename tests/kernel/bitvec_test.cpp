@@ -142,11 +142,25 @@ TEST_F(BitVectors, ToutIsOnForEveryIndex) {
     EXPECT_NE(LM_bv_is_on(tout.get(), i), 0);
   EXPECT_EQ(LM_bv_is_on(tout.get(), 0), -1);
   EXPECT_EQ(LM_bv_is_on(nullptr, 0), -1);
+  for (const int unknown : {0, -3, 6}) { // which counts as on, too
+    tout->kind = unknown;
+    EXPECT_EQ(LM_bv_is_on(tout.get(), 0), -1) << unknown;
+    EXPECT_EQ(LM_bv_is_off(tout.get(), 0), 0) << unknown;
+  }
+  tout->kind = LM_BV_TOUT;
   for (const int kind : kinds) {
     const auto bv = make(kind, Model(4, true));
     EXPECT_EQ(LM_bv_is_on(bv.get(), 4), 0);
     EXPECT_EQ(LM_bv_is_on(bv.get(), -1), 0);
   }
+}
+
+TEST_F(BitVectors, ADirectSetAnswersWithWhatItStores) {
+  const auto direct = make(LM_BV_DIRECT, {true, false});
+  direct->bits->ive[0] = -7;
+  EXPECT_EQ(LM_bv_is_on(direct.get(), 0), -7);
+  EXPECT_EQ(LM_bv_is_on(direct.get(), 1), 0);
+  EXPECT_EQ(LM_bv_nb_on(direct.get()), 1);
 }
 
 TEST_F(BitVectors, SingleBitsAreSetInCodageOnly) {
@@ -189,6 +203,10 @@ TEST_F(BitVectors, InsertionAscends) {
   EXPECT_EQ(LM_bv_insere(ivec.get(), -1, &status), -1);
   EXPECT_EQ(LM_bv_insere(nullptr, 1, &status), -1);
   EXPECT_EQ(lastError(), 8);
+  const auto tout = make(LM_BV_TOUT, Model(4, true)); // where everything is already
+  EXPECT_EQ(LM_bv_insere(tout.get(), 2, &status), 0);
+  EXPECT_EQ(status, 0);
+  expectIs(tout.get(), Model(4, true), LM_BV_TOUT);
 }
 
 TEST_F(BitVectors, FullTablesGrowByFifty) {
@@ -209,9 +227,28 @@ TEST_F(BitVectors, SharedEndsOfRunsCountOnce) {
   std::copy(starts, starts + 3, bv->starts->ive);
   std::copy(ends, ends + 3, bv->ends->ive);
   EXPECT_EQ(LM_bv_nb_on(bv.get()), 7);
+  bv->starts->ive[1] = 3; // runs that share more than an end are counted as they stand
+  EXPECT_EQ(LM_bv_nb_on(bv.get()), 9);
+  bv->starts->ive[1] = 4;
   EXPECT_EQ(LM_bv_nb_on(nullptr), 0);
   const auto on = own(LM_bv_on_to_ivec_compact(bv.get(), nullptr, 0, nullptr, &status));
   EXPECT_THAT(list(on.get()), ElementsAre(1, 2, 3, 4, 5, 6, 10));
+  const auto off = own(LM_bv_off_to_ivec_compact(bv.get(), nullptr, 0, nullptr, &status));
+  EXPECT_THAT(list(off.get()), ElementsAre(0, 7, 8, 9, 11, 12, 13, 14, 15, 16, 17, 18, 19));
+}
+
+TEST_F(BitVectors, KeepTheirCapacitiesAndTheirIterator) {
+  EXPECT_EQ(own(LM_bv_get_bloc("t", 0, 5, 0, 0, nullptr, &status))->capacity, 1);
+  EXPECT_EQ(own(LM_bv_get_ivec("t", 0, 5, 0, 0, nullptr, &status))->capacity, 1);
+  EXPECT_EQ(own(LM_bv_get_direct("t", 0, 5, 0, nullptr, &status))->capacity, 5);
+  auto bv = make(LM_BV_BLOC, {true, true, false, false, true});
+  LM_bv_on_suivant(bv.get());
+  LM_bv_on_suivant(bv.get());
+  LM_bv_ou_dans_bv(make(LM_BV_IVEC, {false, false, true, false, false}).get(), bv.get(), 0, nullptr,
+                   &status);
+  EXPECT_EQ(LM_bv_on_suivant(bv.get()), 2) << "the iterator goes on in the new content";
+  LM_bv_set_all_on(bv.get(), 0, 0, nullptr, &status);
+  EXPECT_EQ(bv->count, 0) << "nothing is no run";
 }
 
 TEST_F(BitVectors, SegmentsAreCounted) {
@@ -250,6 +287,9 @@ TEST_F(BitVectors, IteratorStartsAnywhere) {
   EXPECT_EQ(LM_bv_on_suivant(bv.get()), 4);
   EXPECT_EQ(LM_bv_off_suivant(bv.get()), 5);
   EXPECT_EQ(LM_bv_on_suivant(bv.get()), -1);
+  EXPECT_EQ(bv->position, 6) << "at the end it stays";
+  EXPECT_EQ(LM_bv_on_suivant(bv.get()), -1);
+  EXPECT_EQ(bv->position, 6);
   EXPECT_EQ(LM_bv_on_suivant(nullptr), -1);
 }
 
@@ -457,6 +497,8 @@ TEST_F(BitVectors, DifferentLengthsAndNullsAreRefused) {
   EXPECT_FAILS(1, LM_bv_union(a.get(), b.get(), nullptr, 0, nullptr, &status));
   EXPECT_FAILS(1, LM_bv_inter(a.get(), b.get(), nullptr, 0, nullptr, &status));
   EXPECT_FAILS(1, LM_bv_ou_dans_bv(a.get(), b.get(), 0, nullptr, &status));
+  const auto c = make(LM_BV_CODAGE, Model(4, true)), d = make(LM_BV_CODAGE, Model(40, true));
+  EXPECT_FAILS(1, LM_bv_ou_dans_bv_fast(c.get(), d.get(), 0, nullptr, &status));
   EXPECT_FAILS(1, LM_bv_on1_to_off2(a.get(), b.get(), 0, nullptr, &status));
   EXPECT_FAILS(1, LM_bv_off1_to_on2(a.get(), b.get(), 0, nullptr, &status));
   EXPECT_FAILS(8, LM_bv_union(a.get(), nullptr, nullptr, 0, nullptr, &status));
@@ -548,6 +590,7 @@ TEST_F(BitVectors, WrongFilesAreRefused) {
   EXPECT_FAILS(6, read({1, 4, 1, 2, 4}));       // past the end
   EXPECT_FAILS(6, read({1, 4, 1, 2, 1}));       // backwards
   EXPECT_FAILS(6, read({1, 9, 2, 4, 1, 5, 2})); // out of order
+  EXPECT_FAILS(6, read({1, 9, 2, 4, 6, 6, 6})); // starts, then ends: the second adds nothing
   EXPECT_FAILS(6, read({2, 4, 2, 0, 0}));
   EXPECT_FAILS(6, read({2, 4, 1, 16})); // a bit past the end
   EXPECT_FAILS(6, read({3, 4, 2, 1, 1}));

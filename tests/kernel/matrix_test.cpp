@@ -183,6 +183,15 @@ TEST_F(Matrices, EmptyFactorsGiveZeros) {
       list(own(LM_mv_mltadd(three.get(), empty.get(), A.get(), 1, nullptr, 0, nullptr, &status))
                .get()),
       ElementsAre(1, 2, 3));
+  auto row = mat(1, 2, {9, 9}), noRows = mat(0, 2);
+  const auto rowless = mat(0, 3), wide = mat(3, 2, {1, 2, 3, 4, 5, 6});
+  EXPECT_EQ(LM_m_mlt(rowless.get(), wide.get(), noRows.get(), 0, nullptr, &status), noRows.get());
+  EXPECT_EQ(noRows->m, 0u);
+  EXPECT_EQ(
+      LM_m_mltadd(noRows.get(), rowless.get(), wide.get(), 2, noRows.get(), 0, nullptr, &status),
+      noRows.get());
+  LM_m_mltadd(row.get(), mat(1, 0).get(), mat(0, 2).get(), 2, row.get(), 0, nullptr, &status);
+  EXPECT_THAT(list(row.get()), ElementsAre(9, 9));
   auto fits = mat(0, 0);
   EXPECT_THAT(list(LM_m_add(none.get(), none.get(), fits.get(), 0, nullptr, &status)), IsEmpty());
   EXPECT_EQ(status, 0);
