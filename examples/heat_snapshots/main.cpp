@@ -12,6 +12,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <sstream>
@@ -19,6 +20,7 @@
 #include <string>
 #include <vector>
 
+#include <zarel/C_ZarelException.h>
 #include <zarel/bf.h>
 #include <zarel/itf.h>
 
@@ -98,6 +100,8 @@ public:
             name + " is no vector set file");
     count_ = counts[0];
     length_ = counts[1];
+    const auto size = static_cast<double>(std::filesystem::file_size(name));
+    require(size == 8 + 8.0 * count_ * length_, name + " does not hold what its head tells");
   }
   int count() const { return count_; }
   int length() const { return length_; }
@@ -246,6 +250,10 @@ int main(int argc, char** argv) {
   } catch (const Usage& error) {
     std::fprintf(stderr, "usage: %s\n", error.what());
     return 2;
+  } catch (const C_ZarelException& error) {
+    std::fprintf(stderr, "heat_snapshots: the library failed with code %d\n",
+                 static_cast<int>(error.getExceptionCode()));
+    return 1;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "heat_snapshots: %s\n", error.what());
     return 1;

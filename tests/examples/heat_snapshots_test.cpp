@@ -146,6 +146,10 @@ TEST_F(HeatSnapshots, WrongWordsAndFilesAreTold) {
   EXPECT_EQ(heat("simulate --points 10 --memory 1 " + quoted("s.set")), 2);
   EXPECT_EQ(heat("check a b c d"), 1);
   EXPECT_EQ(heat("draw " + quoted("nothing") + " " + quoted("b.svg")), 1);
+  const std::int32_t vast[] = {2147483647, 2147483647};
+  write("vast.set", {reinterpret_cast<const char*>(vast), sizeof vast});
+  EXPECT_EQ(heat("draw " + quoted("vast.set") + " " + quoted("b.svg")), 1);
+  EXPECT_NE(read("err").find("vast.set does not hold what its head tells"), std::string::npos);
 }
 
 } // namespace
