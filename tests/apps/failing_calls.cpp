@@ -72,7 +72,9 @@ int close(int fd) {
   return failing ? -1 : result;
 }
 int fsync(int fd) {
-  return fails("fsync") ? -1 : ZAREL_NEXT(fsync)(fd);
+  struct stat info {};
+  const bool folder = syscall(SYS_fstat, fd, &info) == 0 && S_ISDIR(info.st_mode);
+  return fails(folder ? "fsync of a folder" : "fsync") ? -1 : ZAREL_NEXT(fsync)(fd);
 }
 int fstat(int fd, struct stat* status) noexcept {
   return fails("fstat") ? -1 : ZAREL_NEXT(fstat)(fd, status);

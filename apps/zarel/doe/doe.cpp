@@ -46,7 +46,7 @@ void addOptions(CLI::App& command, Choice& choice) {
       ->capture_default_str()
       ->type_name("OUT.csv")
       ->take_last();
-  command.add_option("--svg", choice.svg, "Picture to write: every pair of factors")
+  command.add_option("--svg,--plot", choice.svg, "Picture to write: every pair of factors")
       ->type_name("OUT.svg")
       ->take_last();
 }

@@ -419,7 +419,7 @@ void addOutputOptions(CLI::App& svd, SvdCommand& command) {
   svd.add_option("--coefficients", command.coefficients,
                  "CSV file to write: each vector as a combination of the kept ones, a row each")
       ->type_name("OUT.csv");
-  svd.add_option("--plot", command.plot, "SVG picture to write: values and errors")
+  svd.add_option("--plot,--svg", command.plot, "SVG picture to write: values and errors")
       ->type_name("OUT.svg");
   svd.add_flag("--in-place", command.inPlace,
                "Turn the input, a vector set file, into its basis; it is lost if that breaks off");
