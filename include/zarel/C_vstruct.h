@@ -64,7 +64,8 @@ private:
  *  - **in core** (CoreMode 1): one block of memory, vector j at `Adr() + j * LeadDim()`;
  *  - **mapped** (CoreMode 2): a data file, of which one range of vectors is in memory at any
  *    moment. Vector j begins at byte `getInitialOffSet() + j * (getBlockGap() + LeadDim() *
- *    sizeof(T))`;
+ *    sizeof(T))`. Where those are no multiples of `alignof(T)` a range is a copy of its vectors,
+ *    `LeadDim()` apart, that goes back to the file when it is unmapped;
  *  - **file-resident** (CoreMode 2, `GetMapFile()` false): vectors that are read through a stream
  *    with no mapping at all. Such a set comes from Read.
  *
@@ -91,6 +92,7 @@ private:
  * | 14, 100  | a range could not be unmapped                                     |
  * | 19, 100  | the data file could not be created or opened                      |
  * | 20, 21   | a position or values could not be reached in a file               |
+ * | 34, 0    | the position of a stream could not be told                        |
  * | 22, 35   | a file could not be written, portably or raw                      |
  * | 24, 100  | the data file could not take its size: the disk is full           |
  * | 27, 100  | the data file could not be closed                                 |
@@ -166,7 +168,8 @@ public:
   void Resize(int n, int* err);
   /** The same; name, file and line say for the accounting of memory who asks. */
   void Resize(int n, char const* name, char const* file, int line, int* err);
-  /** Takes size and values of another set and keeps the own storage. */
+  /** Takes size and values of another set and keeps the own storage. Throws 11 when that set is not
+   * valid. */
   int Initialize(C_VSTRUCT const& other);
   /** The same, made anew in core (`mode` 1) or on a data file (2). */
   int Initialize(C_VSTRUCT const& other, int mode);
@@ -175,8 +178,8 @@ public:
   /**
    * Becomes a view of the vectors `firstVec` to `lastVec` and the rows `firstRow` to `lastRow` of
    * another set, ends exclusive; a last of -1 means all that follow. Nothing is copied, and
-   * `other` must outlive the link. Throws 12 for a rectangle that does not lie in the other set,
-   * 11, 3, 1.
+   * `other` must outlive the link. A mask of the other set is the link's from its first row on.
+   * Throws 12 for a rectangle that does not lie in the other set, 11, 3, 1.
    */
   void LinkTo(C_VSTRUCT& other, int firstVec, int lastVec, int firstRow, int lastRow);
   /** @} */
@@ -288,7 +291,8 @@ public:
    * @name Numerics
    * The vectors of a set that is not one block are read in ranges of a few dozen megabytes, in
    * order. A range that was mapped before the call stays if it holds all that the call needs;
-   * otherwise nothing is mapped afterwards, unless a function says so.
+   * otherwise nothing is mapped afterwards, unless a function says so. Operands must not be views
+   * into a range that the operation drops.
    * docs/vectorsets.md has the mathematics. @{
    */
   /**
@@ -301,7 +305,8 @@ public:
   int Mv(C_Vec<T, int>& x, C_Vec<T, int>& y, bool transpose, int first, int last);
   /** Computes y = alpha op(Q) x + beta y; op is Q for `trans` 'N', else Q^H. Throws 2872. */
   int Mv(T alpha, C_Vec<T, int>& x, T beta, C_Vec<T, int>& y, char trans) override;
-  /** Computes C = alpha op(Q) B + beta C, column by column; `C` is resized. Throws 2872. */
+  /** Computes C = alpha op(Q) B + beta C, column by column; `C` is resized. Throws 2872, and 12
+   * when `C` is this set. */
   void MM(T alpha, C_Mat<T>& B, T beta, C_Mat<T>& C, char trans);
   /**
    * Computes the Gram matrix M (NbVec x NbVec): M(i, j) = vector i^H vector j for i <= j, mirrored
@@ -327,8 +332,9 @@ public:
   int GramSchmidt(double tol, int start, Counts* lengths, Vector* R);
   /**
    * Stores `x` as vector `i`, after making it orthonormal to the vectors before it if
-   * `orthogonalise`; `x` is changed by that. Returns 0, or 5 for a vector shorter than tol / 100,
-   * or 12 for one of which less than the fraction `tol` remained; the set is then unchanged.
+   * `orthogonalise`; `x` is changed by that. Returns 0, or 5 for a vector shorter than tol / 100 or
+   * of length 0, or 12 for one of which less than the fraction `tol`, or nothing, remained; the set
+   * is then unchanged.
    * `ratio` (may be null) takes that fraction. Throws 12, 2871.
    */
   int AddVector(C_Vec<T, int>& x, int i, bool orthogonalise, double tol, double* ratio);
@@ -336,7 +342,8 @@ public:
   int SetVector(C_Vec<T, int>& x, int i, bool orthogonalise, double tol, double* ratio);
   /**
    * The same with the inner product `ip`. `coef` is resized to i + 1: the given x is the sum over j
-   * of coef[j] times vector j. Throws 12, 2866, 2871.
+   * of coef[j] times vector j. A negative `ip(x, x)` is refused as dependence. Throws 12, 2866,
+   * 2871.
    */
   int SetVector(C_Vec<T, int>& x, int i, double tol, C_Vec<T, int>& coef, double* ratio,
                 C_FInnerProd<T>* ip);
@@ -458,6 +465,12 @@ private:
   // Mapped range.
   unsigned __int64 strideBytes() const;
   void mapRange(unsigned int first, unsigned int last);
+  void attachRange(_Cblock const& block);
+  bool aligned() const;
+  std::size_t valuesOf(unsigned int vectors) const;
+  template <class Visit>
+  void forEachCopy(Visit visit);
+  void storeCopies();
   void readMapped();
   void _UnmapBlock(_Cblock* block);
   _Cblock* blockOf(unsigned int i) const;
@@ -475,6 +488,7 @@ private:
   void storeVector(int i, C_Vec<T, int>& x);
   void copyVector(int to, C_VSTRUCT& source, int from);
   void copyAll(C_VSTRUCT& source, int at);
+  T valueOnFile(int i, int j);
   void readRow(int i, T* out);
   template <class Visit>
   void forEachPiece(int row, int count, int col0, int col1, Visit visit);
@@ -520,7 +534,9 @@ private:
   T* base_ = nullptr;
   unsigned int lastBlockId_ = 0;
   std::vector<_Cblock*> blocks_;
+  std::vector<T> copies_; ///< the mapped range, where its vectors are not aligned
   int highestMapped_ = -1;
+  bool shared_ = false; ///< a link and this set have the same vectors on a file
 };
 
 /// @cond

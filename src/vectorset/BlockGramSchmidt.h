@@ -102,13 +102,12 @@ private:
     s_.Resize(width_, width_);
     s_.Zero();
     orthonormaliseBlock();
-    const int k = blockKept_;
-    if (k > 0) secondPass(q, k);
+    if (blockKept_ > 0) secondPass(q, blockKept_);
     emit(first, count);
     if (first_ != kept_)
-      for (int j = 0; j < k; ++j)
+      for (int j = 0; j < blockKept_; ++j)
         std::copy_n(block_[j], all_.rows, all_[kept_ + j]);
-    kept_ += k;
+    kept_ += blockKept_;
   }
 
   /** Scales the vectors to length 1 and moves those that are not zero together. */
@@ -118,7 +117,7 @@ private:
     inputs_.clear();
     width_ = 0;
     for (int c = 0; c < count; ++c) {
-      const double norm0 = normOf(block_[c]);
+      const double norm0 = Blas::length(all_.rows, block_[c]);
       const bool zero = norm0 <= smallestNorm;
       inputs_.push_back({first + c, norm0, zero, false, 0});
       if (zero) continue;
@@ -129,8 +128,6 @@ private:
     for (Input& input : inputs_)
       if (!input.zero) active_.push_back(&input);
   }
-
-  double normOf(T* x) const { return std::sqrt(Blas::sumOfSquares(all_.rows, x)); }
 
   /** H := Q^H B, B := B - Q H for the first `width` vectors of the block. */
   void project(int q, int width, C_MatMGe<T>& h) {
@@ -272,6 +269,8 @@ private:
     else
       oneByOne(k);
     applyFactor(k);
+    for (int a = k - 1; a >= 0; --a)
+      if (g_(a, a) == T(0)) drop(a);
   }
 
   /** The Cholesky factor of G, near the identity; false if it is not. */
@@ -301,9 +300,13 @@ private:
           Blas::axpy(all_.rows, -h, block_[j], block_[c]);
           g_(j, c) += h;
         }
-      const double norm = normOf(block_[c]);
-      g_(c, c) = fromReal<T>(norm);
-      if (norm > 0) Blas::divide(all_.rows, norm, block_[c]);
+      const double norm = Blas::length(all_.rows, block_[c]);
+      const bool vanished = norm < smallestNorm;
+      g_(c, c) = fromReal<T>(vanished ? 0 : norm);
+      if (vanished)
+        std::fill_n(block_[c], all_.rows, T(0));
+      else
+        Blas::divide(all_.rows, norm, block_[c]);
     }
   }
 
@@ -316,6 +319,21 @@ private:
           sum += g_(a, b) * s_(b, c);
         s_(a, c) = sum;
       }
+  }
+
+  /** Takes a vector of which the second pass left nothing out of the kept ones; its row of S is 0.
+   */
+  void drop(int a) {
+    for (Input* input : active_) {
+      if (input->kept && input->before == a) input->kept = false;
+      if (input->before > a) --input->before;
+    }
+    --blockKept_;
+    for (int b = a; b < blockKept_; ++b) {
+      std::copy_n(block_[b + 1], all_.rows, block_[b]);
+      for (int c = 0; c < width_; ++c)
+        s_(b, c) = s_(b + 1, c);
+    }
   }
 
   void emit(int first, int count) {

@@ -94,6 +94,7 @@ void C_VSTRUCT<T>::_Initialize(int CoreMode, bool MemOwner, int NbVec, int DimVe
   base_ = nullptr;
   lastBlockId_ = 0;
   highestMapped_ = -1;
+  shared_ = false;
 }
 
 /** Gives back what an earlier life left: its range, its file, its vectors. */

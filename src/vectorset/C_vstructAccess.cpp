@@ -2,6 +2,7 @@
 #include <zarel/C_vstruct.h>
 
 #include <algorithm>
+#include <cstring>
 
 #include <zarel/C_MapManager.h>
 
@@ -50,7 +51,7 @@ C_Vec<T, int>* C_VSTRUCT<T>::newVector() const {
 
 template <class T>
 void C_VSTRUCT<T>::linkOutOfCore(C_VSTRUCT& other, int firstVec, int firstRow) {
-  bindFile(other.presentName());
+  withMemory([&] { bindFile(other.boundName_); });
   fileSize_ = other.fileSize_;
   fileDescriptor_ = other.fileDescriptor_;
   mapFile_ = other.mapFile_;
@@ -58,10 +59,13 @@ void C_VSTRUCT<T>::linkOutOfCore(C_VSTRUCT& other, int firstVec, int firstRow) {
   initialOffSet_ = other.initialOffSet_ + static_cast<unsigned __int64>(firstVec) * strideBytes() +
                    static_cast<unsigned __int64>(firstRow) * sizeof(T);
   if (!mapFile_) {
-    for (int j = 0; j < this->columns_; ++j) {
-      list_[j] = onFile<T>(other.list_[firstVec + j]).Lnk(firstRow);
-      if (this->rows_ > 0) list_[j]->Resize(this->rows_); // a vector on a file has no size 0
-    }
+    shared_ = other.shared_ = true;
+    withMemory([&] {
+      for (int j = 0; j < this->columns_; ++j) {
+        list_[j] = onFile<T>(other.list_[firstVec + j]).Lnk(firstRow);
+        if (this->rows_ > 0) list_[j]->Resize(this->rows_); // a vector on a file has no size 0
+      }
+    });
   }
   growList(this->columns_);
 }
@@ -174,33 +178,45 @@ int C_VSTRUCT<T>::GetRow(int i, T* out) {
     return 0;
   }
   for (int j = 0; j < this->columns_; ++j)
-    out[j] = fileResident() ? list_[j]->GetVal(i) : (*list_[j])[i];
+    out[j] = fileResident() ? valueOnFile(i, j) : (*list_[j])[i];
   return 0;
+}
+
+/** What a window holds of a file may be out of date once others store in it, too. */
+template <class T>
+T C_VSTRUCT<T>::valueOnFile(int i, int j) {
+  if (!shared_) return list_[j]->GetVal(i);
+  T value;
+  onFile<T>(list_[j]).Storage().Extract(i, 1, &value);
+  return value;
 }
 
 /** One view of one element for each vector; the mapped range stays. */
 template <class T>
 void C_VSTRUCT<T>::readRow(int i, T* out) {
-  forEachPiece(i, 1, 0, this->columns_, [&](int j, T const* value) { out[j] = *value; });
+  forEachPiece(i, 1, 0, this->columns_,
+               [&](int j, char const* value) { std::memcpy(out + j, value, sizeof(T)); });
 }
 
-/** Shows `count` elements from row `row` on of one vector after the other through short views. */
+/** Shows the bytes of `count` elements from row `row` on of one vector after the other through
+ * short views. */
 template <class T>
 template <class Visit>
 void C_VSTRUCT<T>::forEachPiece(int row, int count, int col0, int col1, Visit visit) {
-  const wchar_t* const name = presentName().empty() ? nullptr : presentName().c_str();
+  storeCopies();
+  const wchar_t* const name = boundName_.empty() ? nullptr : boundName_.c_str();
   const unsigned __int64 start = initialOffSet_ + static_cast<unsigned __int64>(row) * sizeof(T);
   const unsigned __int64 bytes = static_cast<unsigned __int64>(count) * sizeof(T);
   MovingView view;
   for (int j = col0; j < col1; ++j) {
     const unsigned __int64 offset = start + static_cast<unsigned __int64>(j) * strideBytes();
-    visit(j, reinterpret_cast<T const*>(view.show(fileDescriptor_, name, offset, bytes)));
+    visit(j, view.show(fileDescriptor_, name, offset, bytes));
   }
 }
 
 template <class T>
 int C_VSTRUCT<T>::GetRow(int i, Vector& v) {
-  v.Resize(this->columns_);
+  resize(v, this->columns_);
   return GetRow(i, v.Adr(0));
 }
 
@@ -213,11 +229,12 @@ int C_VSTRUCT<T>::GetRows(C_MatMGe<T>& M, int row0, int row1, int col0, int col1
   if (row0 < 0 || row1 < row0 || row1 > this->rows_) fail(OutOfRange);
   if (col0 < 0 || col1 < col0 || col1 > this->columns_) fail(OutOfRange);
   const int rows = row1 - row0;
-  M.Resize(rows, col1 - col0);
+  resize(M, rows, col1 - col0);
   if (rows == 0) return 0;
   if (mapped() && base_ == nullptr) {
+    const std::size_t bytes = static_cast<std::size_t>(rows) * sizeof(T);
     forEachPiece(row0, rows, col0, col1,
-                 [&](int j, T const* piece) { std::copy_n(piece, rows, M[j - col0]); });
+                 [&](int j, char const* piece) { std::memcpy(M[j - col0], piece, bytes); });
     return 0;
   }
   for (int j = col0; j < col1; ++j)

@@ -16,7 +16,7 @@ template <class T>
 void C_VSTRUCT<T>::copyVector(int to, C_VSTRUCT& source, int from) {
   if (&source == this) {
     Vector copy;
-    withVector(from, [&] { copy.Copy(*(*this)[from]); });
+    withVector(from, [&] { copyTo(copy, *(*this)[from]); });
     withVector(to, [&] { store(to, copy.Adr(0)); });
     return;
   }
@@ -36,6 +36,7 @@ template <class T>
 int C_VSTRUCT<T>::Initialize(C_VSTRUCT const& other) {
   ZAREL_STEP("Initialize");
   if (&other == this) return 0;
+  other.requireValid();
   if (!valid_ || this->rows_ != other.rows_) {
     const int mode = coreMode_;
     Release(true);
@@ -50,6 +51,7 @@ template <class T>
 int C_VSTRUCT<T>::Initialize(C_VSTRUCT const& other, int mode) {
   ZAREL_STEP("Initialize");
   if (&other == this) fail(OutOfRange);
+  other.requireValid();
   Release(true);
   Allocate(mode, other.columns_, other.rows_, nullptr);
   copyAll(const_cast<C_VSTRUCT&>(other), 0);
@@ -112,7 +114,7 @@ int C_VSTRUCT<T>::Extract(C_MatMGe<T>& M, BVEC* mask, int first, int last) {
   const __int64 room = std::max<__int64>(M.NbVal(), places(last - first));
   const bool fits = places(last) <= room;
   if (first < last && !fits) fail(OutOfRange);
-  M.Resize(chosen, last - first);
+  resize(M, chosen, last - first);
   for (int j = first; j < last; ++j)
     withVector(j, [&] {
       T const* const values = (*this)[j]->Adr(0);

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <memory>
 
 #include <zarel/C_MessageTool.h>
@@ -52,19 +53,69 @@ void C_VSTRUCT<T>::mapRange(unsigned int first, unsigned int last) {
     blocks_.reserve(1);
     return std::make_unique<_Cblock>();
   });
-  const wchar_t* const name = presentName().empty() ? nullptr : presentName().c_str();
+  std::vector<T> copies;
+  if (!aligned()) withMemory([&] { copies.resize(valuesOf(last - first + 1)); });
+  const wchar_t* const name = boundName_.empty() ? nullptr : boundName_.c_str();
   withMemory([&] {
     getGlobalMapManager()->MapPtr(view.get(), fileDescriptor_, name, 2,
                                   initialOffSet_ + first * stride, (last - first) * stride + data);
   });
-  T* const start = reinterpret_cast<T*>(view->GetPtrUser());
   *block = {view.release(), first, last, ++lastBlockId_};
   blocks_.push_back(block.release());
-  for (unsigned int j = first; j <= last; ++j)
-    list_[j]->Attach(this->rows_, reinterpret_cast<T*>(blocks_.back()->view->GetPtrUser() +
-                                                       (j - first) * stride));
+  copies_.swap(copies);
+  attachRange(*blocks_.back());
   highestMapped_ = std::max(highestMapped_, static_cast<int>(last));
-  if (first == 0 && static_cast<int>(last) == this->columns_ - 1) base_ = start;
+  if (first == 0 && static_cast<int>(last) == this->columns_ - 1) base_ = list_[0]->Adr(0);
+}
+
+/** Shows the vectors of a range in its view, or in copies where they are not aligned there. */
+template <class T>
+void C_VSTRUCT<T>::attachRange(_Cblock const& block) {
+  char* start = block.view->GetPtrUser();
+  unsigned __int64 stride = strideBytes();
+  if (!aligned()) {
+    forEachCopy([](char* there, T* here, std::size_t bytes) { std::memcpy(here, there, bytes); });
+    start = reinterpret_cast<char*>(copies_.data());
+    stride = static_cast<unsigned __int64>(leadDimension_) * sizeof(T);
+  }
+  for (unsigned int j = block.first; j <= block.last; ++j)
+    list_[j]->Attach(this->rows_, reinterpret_cast<T*>(start + (j - block.first) * stride));
+}
+
+// Vectors that begin at an address which is no multiple of their scalar's alignment cannot be used
+// where they are mapped. They are copied into memory instead, and back before they are unmapped.
+
+/** Tells whether every vector of the data file can be used where it is mapped. */
+template <class T>
+bool C_VSTRUCT<T>::aligned() const {
+  return initialOffSet_ % alignof(T) == 0 && strideBytes() % alignof(T) == 0;
+}
+
+/** The values from the start of the first to the end of the last of some copies. */
+template <class T>
+std::size_t C_VSTRUCT<T>::valuesOf(unsigned int vectors) const {
+  return static_cast<std::size_t>(vectors - 1) * static_cast<std::size_t>(leadDimension_) +
+         static_cast<std::size_t>(this->rows_);
+}
+
+/** Calls visit(in the view, copy, bytes) for the vectors of the range. */
+template <class T>
+template <class Visit>
+void C_VSTRUCT<T>::forEachCopy(Visit visit) {
+  const _Cblock& block = *blocks_.back();
+  const std::size_t bytes = static_cast<std::size_t>(this->rows_) * sizeof(T);
+  for (std::size_t k = 0; k <= block.last - block.first; ++k)
+    visit(block.view->GetPtrUser() + k * strideBytes(),
+          copies_.data() + k * static_cast<std::size_t>(leadDimension_), bytes);
+}
+
+/** Brings what changed in the copies into the file. */
+template <class T>
+void C_VSTRUCT<T>::storeCopies() {
+  if (blocks_.empty() || copies_.empty()) return;
+  forEachCopy([](char* there, T* here, std::size_t bytes) {
+    if (std::memcmp(there, here, bytes) != 0) std::memcpy(there, here, bytes);
+  });
 }
 
 /** Has the pages of the mapped range ready for a pass over all of them; saves a fault for each. */
@@ -87,6 +138,8 @@ void C_VSTRUCT<T>::_UnmapBlock(_Cblock* block) {
   if (place == blocks_.end()) return;
   ZAREL_STEP("_UnmapBlock");
   base_ = nullptr;
+  storeCopies();
+  std::vector<T>().swap(copies_);
   try {
     getGlobalMapManager()->UnMapPtr(block->view);
   } catch (C_ZarelException& e) {

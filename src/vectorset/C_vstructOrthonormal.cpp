@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <type_traits>
 
 #include <zarel/C_Lapack.h>
@@ -22,20 +23,30 @@ namespace {
 template <class T>
 constexpr double smallestCoefficient = 1e-16;
 
+/** The length of a vector, also where the sum of its squares leaves the range of the scalar. */
+template <class T>
+double lengthOf(C_Vec<T, int>& x) {
+  if constexpr (!std::is_integral_v<T>)
+    if (x.InCore()) return Blas::length(x.Dim(), x.Adr(0));
+  return x.Nrm2();
+}
+
+/** The same in a given inner product; a negative product gives none. */
+template <class T>
+double lengthBy(C_FInnerProd<T>& ip, C_Vec<T, int>& x) {
+  const Wide<T> square = widen(ip(x, x));
+  return std::real(square) < 0 ? std::numeric_limits<double>::quiet_NaN()
+                               : std::sqrt(std::abs(square));
+}
+
 template <class T>
 void divide(C_Vec<T, int>& x, double a) {
   if constexpr (std::is_integral_v<T>)
     fail(NotForScalar);
-  else
+  else if (x.InCore())
     Blas::divide(x.Dim(), a, x.Adr(0));
-}
-
-template <class T>
-void scaleBy(C_Vec<T, int>& x, double factor) {
-  if constexpr (std::is_integral_v<T>)
-    fail(NotForScalar);
   else
-    x.SMlt(fromReal<T>(factor), 0, -1);
+    x.SMlt(fromReal<T>(1 / a), 0, -1);
 }
 
 /** Packs the columns one behind the other. Either of the two may be missing. */
@@ -49,14 +60,8 @@ public:
       : start_(start), lengths_(lengths), r_(r) {
     const long long entries = static_cast<long long>(vectors) * (vectors + 1LL) / 2;
     if (r_ != nullptr && entries > INT_MAX) fail(OutOfRange);
-    if (r_ != nullptr) {
-      r_->Resize(static_cast<int>(entries));
-      r_->Zero(0, -1);
-    }
-    if (lengths_ != nullptr) {
-      lengths_->Resize(vectors);
-      lengths_->Zero(0, -1);
-    }
+    if (r_ != nullptr) clearTo(*r_, static_cast<int>(entries));
+    if (lengths_ != nullptr) clearTo(*lengths_, vectors);
   }
 
   void zeroVector(int) override {}
@@ -123,12 +128,13 @@ template <class T>
 int C_VSTRUCT<T>::orthonormaliseByVectors(double tol, int start, CoefficientSink<T>& sink) {
   int k = start;
   Vector t;
-  Vector h(this->columns_ - start);
+  Vector h;
+  resize(h, this->columns_ - start);
   for (int i = start; i < this->columns_; ++i) {
     double norm0 = 0;
     withVector(i, [&] {
-      t.Copy(*(*this)[i]);
-      norm0 = t.Nrm2();
+      copyTo(t, *(*this)[i]);
+      norm0 = lengthOf(t);
       if (norm0 > smallestNorm) {
         divide(t, norm0);
         store(i, t.Adr(0));
@@ -141,12 +147,12 @@ int C_VSTRUCT<T>::orthonormaliseByVectors(double tol, int start, CoefficientSink
     h.Zero(0, -1);
     for (int j = start; j < k; ++j)
       withVector(j, [&] { projectOut(t, j, h[j - start]); });
-    const double norm1 = t.Nrm2();
+    const double norm1 = lengthOf(t);
     const bool keep = !(norm1 < smallestNorm || tol > norm1);
     h[k - start] = fromReal<T>(norm1);
     sink.column(i, k, keep, h.Adr(0), norm0);
     if (!keep) continue;
-    scaleBy<T>(t, 1 / norm1);
+    divide(t, norm1);
     withVector(k, [&] { store(k, t.Adr(0)); });
     ++k;
   }
@@ -177,7 +183,7 @@ template <class T>
 void C_VSTRUCT<T>::storeVector(int i, C_Vec<T, int>& x) {
   if (this->rows_ == 0) return;
   Vector copy;
-  if (!x.InCore()) copy.Copy(x);
+  if (!x.InCore()) copyTo(copy, x);
   withVector(i, [&] { store(i, x.InCore() ? x.Adr(0) : copy.Adr(0)); });
 }
 
@@ -199,15 +205,15 @@ int C_VSTRUCT<T>::AddVector(C_Vec<T, int>& x, int i, bool orthogonalise, double 
   ZAREL_STEP("AddVector");
   requirePlace(x, i);
   if (orthogonalise) {
-    const double norm0 = x.Nrm2();
-    if (tol / 100 > norm0) return 5;
+    const double norm0 = lengthOf(x);
+    if (norm0 == 0 || tol / 100 > norm0) return 5;
     for (int pass = 0; pass < 2; ++pass)
       forEachBefore(i, [&](Vector& v, int) { v.Axpy(x, times(T(-1), v * x)); });
-    const double norm1 = x.Nrm2();
+    const double norm1 = lengthOf(x);
     const double left = std::abs(norm1 / norm0);
     if (ratio != nullptr) *ratio = left;
-    if (tol > left) return 12;
-    scaleBy(x, 1 / norm1);
+    if (norm1 == 0 || tol > left) return 12;
+    divide(x, norm1);
   }
   storeVector(i, x);
   return 0;
@@ -219,12 +225,12 @@ int C_VSTRUCT<T>::SetVector(C_Vec<T, int>& x, int i, bool orthogonalise, double 
   ZAREL_STEP("SetVector");
   requirePlace(x, i);
   if (orthogonalise) {
-    const double norm0 = x.Nrm2();
+    const double norm0 = lengthOf(x);
     for (int pass = 0; pass < 2; ++pass)
       forEachBefore(i, [&](Vector& v, int) { addIfFelt(v, x, times(T(-1), v * x), norm0); });
-    const double norm1 = x.Nrm2();
+    const double norm1 = lengthOf(x);
     requireIndependent(norm1, norm0, tol, ratio);
-    scaleBy(x, 1 / norm1);
+    divide(x, norm1);
   }
   storeVector(i, x);
   return 0;
@@ -236,24 +242,22 @@ int C_VSTRUCT<T>::SetVector(C_Vec<T, int>& x, int i, double tol, C_Vec<T, int>& 
   ZAREL_STEP("SetVector");
   requirePlace(x, i);
   if (ip == nullptr) fail(OutOfRange);
-  const auto norm = [&] { return std::sqrt(modulus((*ip)(x, x))); };
-  const double norm0 = norm();
+  const double norm0 = lengthBy(*ip, x);
   double s = norm0;
   if (norm0 > smallestNorm) {
-    scaleBy(x, 1 / norm0);
+    divide(x, norm0);
     s = 1;
   }
-  coef.Resize(i + 1);
-  coef.Zero(0, -1);
+  clearTo(coef, i + 1);
   for (int pass = 0; pass < 2; ++pass)
     forEachBefore(i, [&](Vector& v, int j) {
       const T h = (*ip)(v, x);
       coef[j] = plus(coef[j], times(h, fromReal<T>(norm0)));
       addIfFelt(v, x, times(T(-1), h), norm0);
     });
-  const double norm1 = i == 0 ? s : norm();
+  const double norm1 = i == 0 ? s : lengthBy(*ip, x);
   requireIndependent(norm1, s, tol, ratio);
-  if (norm1 != 1) scaleBy(x, 1 / norm1);
+  if (norm1 != 1) divide(x, norm1);
   coef[i] = fromReal<T>(norm1 * norm0);
   storeVector(i, x);
   return 0;

@@ -19,6 +19,14 @@ namespace Zarel {
 
 namespace {
 
+/** Sums a packed n x n matrix over all processes, in as many calls as counts of `int` need. */
+template <class T>
+void sumOverProcesses(C_MatMGe<T>& M, long long n) {
+  if (C_Communicator* const processes = C_Communicator::Instance())
+    forEachIntPiece(n * n,
+                    [&](long long at, int count) { processes->glbSum(count, M.Adr() + at); });
+}
+
 /** C := A^H B for the first `n` vectors each. */
 template <class T>
 void mutualProduct(int n, const RowPanels& left, T* a, int lda, const RowPanels& right, T* b,
@@ -44,7 +52,8 @@ void C_VSTRUCT<T>::requireOperand(C_Vec<T, int>& v) const {
 template <class T>
 bool C_VSTRUCT<T>::asMatrix(int first, int last, T*& data, int& lead) {
   const unsigned __int64 stride = strideBytes();
-  if (fileResident() || stride % sizeof(T) != 0 || stride / sizeof(T) > INT_MAX) return false;
+  if (fileResident() || !aligned() || stride % sizeof(T) != 0 || stride / sizeof(T) > INT_MAX)
+    return false;
   try {
     MapBlock(static_cast<unsigned int>(first), static_cast<unsigned int>(last));
   } catch (const C_ZarelException& e) {
@@ -70,12 +79,12 @@ int C_VSTRUCT<T>::Mv(C_Vec<T, int>& x, C_Vec<T, int>& y, bool transpose, int fir
   ZAREL_STEP("Mv");
   requireValid();
   if (last == -1) last = this->columns_ - 1;
+  if (first < 0 || last < first - 1 || last >= this->columns_) fail(OutOfRange);
   const int count = last - first + 1;
   const int m = transpose ? count : this->rows_;
   const int n = transpose ? this->rows_ : count;
-  if (first < 0 || count < 0 || last >= this->columns_) fail(OutOfRange);
   if (x.Dim() != n) fail(WrongLength);
-  y.Resize(m);
+  resize(y, m);
   if (m == 0) return 0;
   if (n == 0) return y.Zero(0, -1);
   requireOperand(x);
@@ -140,7 +149,7 @@ void C_VSTRUCT<T>::mvPlain(T* x, T* y, int first, int last) {
 
 template <class T>
 int C_VSTRUCT<T>::Mv(T alpha, C_Vec<T, int>& x, T beta, C_Vec<T, int>& y, char trans) {
-  if (beta == T(0)) y.Resize(trans == 'N' ? this->rows_ : this->columns_);
+  if (beta == T(0)) resize(y, trans == 'N' ? this->rows_ : this->columns_);
   if (beta != T(1)) y.SMlt(beta, 0, -1);
   Vector product;
   Mv(x, product, trans != 'N', 0, -1);
@@ -150,15 +159,19 @@ int C_VSTRUCT<T>::Mv(T alpha, C_Vec<T, int>& x, T beta, C_Vec<T, int>& y, char t
 template <class T>
 void C_VSTRUCT<T>::MM(T alpha, C_Mat<T>& B, T beta, C_Mat<T>& C, char trans) {
   ZAREL_STEP("MM");
-  C.Resize(trans != 'N' ? this->columns_ : this->rows_, B.NbCol());
-  // A column of a set on a file is a copy, which has to go back.
   auto* const set = dynamic_cast<C_VSTRUCT*>(&C);
+  if (set == this) fail(OutOfRange);
+  const bool moves = coreMode_ == 2 && dynamic_cast<C_VSTRUCT*>(&B) == this;
+  resize(C, trans != 'N' ? this->columns_ : this->rows_, B.NbCol());
   Vector b;
   Vector c;
+  Vector copy;
   for (int j = 0; j < B.NbCol(); ++j) {
     B.GetCol(j, b);
+    if (moves) copyTo(copy, b); // the product moves the range in which the column lies
     C.GetCol(j, c);
-    Mv(alpha, b, beta, c, trans);
+    Mv(alpha, moves ? copy : b, beta, c, trans);
+    // A column of a set on a file is a copy, which has to go back.
     if (set != nullptr && set->fileResident()) set->storeVector(j, c);
   }
 }
@@ -170,7 +183,7 @@ int C_VSTRUCT<T>::MatQtQ(C_MatMGe<T>& M) {
   ZAREL_STEP("MatQtQ");
   requireValid();
   const int n = this->columns_;
-  M.Resize(n, n);
+  resize(M, n, n);
   M.Zero();
   if (n == 0 || this->rows_ == 0) return 0;
   const auto end = static_cast<unsigned int>(n - 1);
@@ -206,10 +219,10 @@ bool C_VSTRUCT<T>::gramByPanels([[maybe_unused]] C_MatMGe<T>& M) {
 /** A copy of vector i lets the range move on to vector j. */
 template <class T>
 void C_VSTRUCT<T>::gramByVectors(C_MatMGe<T>& M) {
-  Vector t(this->rows_);
+  Vector t;
   for (int i = 0; i < this->columns_; ++i) {
     MapBlock(static_cast<unsigned int>(i), static_cast<unsigned int>(i));
-    t.Copy(*(*this)[i]);
+    copyTo(t, *(*this)[i]);
     M(i, i) = t * t;
     for (int j = i + 1; j < this->columns_; ++j) {
       MapBlock(static_cast<unsigned int>(j), static_cast<unsigned int>(j));
@@ -225,7 +238,7 @@ int C_VSTRUCT<T>::MatQ1tQ(C_VSTRUCT& Q1, C_MatMGe<T>& M, int n) {
   Q1.requireValid();
   if (n == -1) n = this->columns_;
   if (n < 0 || n > this->columns_ || n > Q1.columns_ || Q1.rows_ != this->rows_) fail(OutOfRange);
-  M.Resize(n, n);
+  resize(M, n, n);
   M.Zero();
   if (M.LeadDim() != n) {
     productByVectors(Q1, M, n);
@@ -241,8 +254,7 @@ int C_VSTRUCT<T>::MatQ1tQ(C_VSTRUCT& Q1, C_MatMGe<T>& M, int n) {
     else
       productByVectors(Q1, M, n);
   }
-  if (C_Communicator* const processes = C_Communicator::Instance())
-    processes->glbSum(n * n, M.Adr());
+  sumOverProcesses(M, n);
   return 0;
 }
 
@@ -251,7 +263,7 @@ template <class T>
 void C_VSTRUCT<T>::productByVectors(C_VSTRUCT& Q1, C_MatMGe<T>& M, int n) {
   Vector t;
   for (int i = 0; i < n; ++i) {
-    Q1.withVector(i, [&] { t.Copy(*Q1[i]); });
+    Q1.withVector(i, [&] { copyTo(t, *Q1[i]); });
     for (int j = 0; j < n; ++j)
       withVector(j, [&] { M(i, j) = t * *(*this)[j]; });
   }

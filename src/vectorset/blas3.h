@@ -1,11 +1,16 @@
-// Matrix products by scalar, for sets.
+// Matrix products, lengths and quotients by scalar, for sets.
 #ifndef ZAREL_VECTORSET_BLAS3_H
 #define ZAREL_VECTORSET_BLAS3_H
 
+#include <algorithm>
+#include <cmath>
 #include <complex>
+#include <limits>
 
 #include <zarel/C_Lapack.h>
 #include <zarel/itf.h>
+
+#include "containers/blas.h"
 
 namespace Zarel {
 namespace Blas {
@@ -51,19 +56,53 @@ inline void divideByUpper(int m, int n, std::complex<double>* s, int lds, std::c
   ITF_ztrsm(option("R"), option("U"), option("N"), option("N"), m, n, &one, s, lds, a, lda);
 }
 
+// The length of a vector whose squares are too large or too small for a sum.
+
+inline double scaledLength(int n, float* x) {
+  return ITF_snrm2(n, x, 1);
+}
+inline double scaledLength(int n, double* x) {
+  return ITF_dnrm2(n, x, 1);
+}
+inline double scaledLength(int n, std::complex<float>* x) {
+  return ITF_scnrm2(n, x, 1);
+}
+inline double scaledLength(int n, std::complex<double>* x) {
+  return ITF_dznrm2(n, x, 1);
+}
+
+/** The length of a vector, whatever the size of its values. */
+template <class T>
+double length(int n, T* x) {
+  using Limits = std::numeric_limits<decltype(std::abs(T()))>;
+  static const double exact = std::sqrt(Limits::min() / Limits::epsilon());
+  const double plain = std::sqrt(sumOfSquares(n, x));
+  return plain > exact && plain <= Limits::max() ? plain : scaledLength(n, x);
+}
+
 // x := x / a, whatever the size of a.
 
-inline void divide(int n, double a, float* x) {
+inline void reciprocalScale(int n, double a, float* x) {
   ITF_srscl(n, static_cast<float>(a), x, 1);
 }
-inline void divide(int n, double a, double* x) {
+inline void reciprocalScale(int n, double a, double* x) {
   ITF_drscl(n, a, x, 1);
 }
-inline void divide(int n, double a, std::complex<float>* x) {
+inline void reciprocalScale(int n, double a, std::complex<float>* x) {
   ITF_csrscl(n, static_cast<float>(a), x, 1);
 }
-inline void divide(int n, double a, std::complex<double>* x) {
+inline void reciprocalScale(int n, double a, std::complex<double>* x) {
   ITF_zdrscl(n, a, x, 1);
+}
+
+/** Divides; a length that is 0 or not finite makes values that are no numbers. LAPACK would look
+ * for a factor to an infinite one without end. */
+template <class T>
+void divide(int n, double a, T* x) {
+  if (std::isfinite(a) && a != 0)
+    reciprocalScale(n, a, x);
+  else
+    std::fill_n(x, n, T(std::numeric_limits<decltype(std::abs(T()))>::quiet_NaN()));
 }
 
 } // namespace Blas

@@ -44,6 +44,25 @@ auto withMemory(Step step) -> decltype(step()) {
   }
 }
 
+/** Gives a vector or a matrix its size. */
+template <class Object, class... Sizes>
+void resize(Object& object, Sizes... sizes) {
+  withMemory([&] { object.Resize(sizes...); });
+}
+
+/** Gives a vector its size, all zeros. */
+template <class Vector>
+void clearTo(Vector& v, int size) {
+  resize(v, size);
+  v.Zero(0, -1);
+}
+
+/** Makes `to` a copy of another vector. */
+template <class To, class From>
+void copyTo(To& to, From& from) {
+  withMemory([&] { to.Copy(from); });
+}
+
 inline void clear(int* err) {
   if (err != nullptr) *err = 0;
 }

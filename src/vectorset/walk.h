@@ -34,7 +34,8 @@ void C_VSTRUCT<T>::forEachRange(int first, int last, Visit visit) {
   if (first > last || this->rows_ == 0) return;
   const bool stays = isMapped(static_cast<unsigned int>(first), static_cast<unsigned int>(last));
   const unsigned __int64 stride = strideBytes();
-  const bool regular = stride % sizeof(T) == 0 && stride / sizeof(T) <= INT_MAX && !fileResident();
+  const bool regular =
+      !fileResident() && aligned() && stride % sizeof(T) == 0 && stride / sizeof(T) <= INT_MAX;
   const int lead = regular ? static_cast<int>(stride / sizeof(T)) : this->rows_;
   unsigned __int64 most = 1;
   if (regular) most = stays ? INT_MAX : std::max(rangeBytes / stride, 1ULL);

@@ -26,6 +26,9 @@
 #include <zarel/C_ZarelException.h>
 
 #include "memory/allocator.h"
+#include "support/FrameProbe.h"
+
+using support::FrameProbe;
 
 template <class First, class... Rest>
 using TypesAfter = ::testing::Types<Rest...>;
@@ -280,24 +283,6 @@ inline std::string contentOf(const std::string& path) {
   }
   return text;
 }
-
-/** Notes the frames that are opened and closed while it lives, "+name" and "-name". */
-class FrameProbe {
-public:
-  FrameProbe() {
-    seen_.clear();
-    SetXternalTrackFuncs([](char* name) { seen_.push_back(std::string("+") + name); },
-                         [](char* name) { seen_.push_back(std::string("-") + name); });
-  }
-  FrameProbe(const FrameProbe&) = delete;
-  FrameProbe& operator=(const FrameProbe&) = delete;
-  ~FrameProbe() { SetXternalTrackFuncs(nullptr, nullptr); }
-  /** The frames since the last time that was asked. */
-  static std::vector<std::string> taken() { return std::exchange(seen_, {}); }
-
-private:
-  static inline std::vector<std::string> seen_;
-};
 
 /** Counts the library's allocations and lets the one after `allowed` more fail. */
 class AllocatorProbe {

@@ -219,6 +219,61 @@ TEST(VectorSetCopies, FlatCopyInCoreBeginsAtTheStartOfTheBlock) {
   EXPECT_EQ(contentOf(copy), (Dense<double>{{1, 2}, {3, 4}}));
 }
 
+TEST(VectorSetCopies, FlatCopyOfALinkTakesWhatLiesBetweenItsVectors) {
+  Set set(1, 2, 3, nullptr);
+  fillSet<double>(set, {{1, 2, 3}, {4, 5, 6}});
+  Set link(set, 0, 2, 0, 2);
+  Set copy(1, 1, 2, nullptr);
+
+  copy.Copy(link, 0, -1);
+  EXPECT_EQ(contentOf(copy), (Dense<double>{{1, 2}, {3, 4}}));
+  copy.Initialize(link);
+  EXPECT_EQ(contentOf(copy), (Dense<double>{{1, 2}, {4, 5}}));
+}
+
+TEST(VectorSetCopies, NothingIsTakenFromASetThatIsNotValid) {
+  Set none;
+  for (const int mode : {1, 2}) {
+    Set set(mode, 1, 2, nullptr);
+    fillSet<double>(set, {{1, 2}});
+    EXPECT_EQ(codeOf([&] { set.Initialize(none); }), 11);
+    EXPECT_EQ(codeOf([&] { set.Initialize(none, mode); }), 11);
+    EXPECT_EQ(codeOf([&] { set.Copy(none, 0, -1); }), 11);
+    EXPECT_EQ(codeOf([&] { set.Merge(none); }), 11);
+    EXPECT_EQ(contentOf(set), (Dense<double>{{1, 2}}));
+  }
+}
+
+TEST(VectorSetCopies, GivenMaskCountsBeforeTheKeptOne) {
+  for (const int mode : {1, 2}) {
+    Set set(mode, 1, 3, nullptr);
+    fillSet<double>(set, {{1, 2, 3}});
+    int kept[] = {0, 1, 1};
+    int given[] = {1, 1, 0};
+    set.setMasterDof(kept);
+
+    set.ZeroNonMasterDof(given);
+    EXPECT_EQ(contentOf(set), (Dense<double>{{1, 2, 0}}));
+    set.ZeroNonMasterDof(nullptr);
+    EXPECT_EQ(contentOf(set), (Dense<double>{{0, 2, 0}}));
+  }
+}
+
+/** A set and its link read the same file through windows of their own. */
+TEST(VectorSetCopies, RowsShowWhatALinkHasStoredMeanwhile) {
+  MadeSet<double> set(Storage::FileResident, {{1, 2, 3}, {4, 5, 6}}, 3);
+  Set link(*set, 0, -1, 1, 3);
+  Set inner(link, 1, -1, 0, -1);
+  double row[2];
+
+  inner.SetVal(0, 0, 77);
+  set->GetRow(1, row);
+  EXPECT_EQ(row[1], 77);
+  set->SetVal(2, 0, 88);
+  link.GetRow(1, row);
+  EXPECT_EQ(row[0], 88);
+}
+
 TEST(VectorSetCopies, MergeWithItselfDoubles) {
   for (const int mode : {1, 2}) {
     Set set(mode, 2, 2, nullptr);

@@ -1,13 +1,20 @@
 // Sets on which memory, the disk and the system fail.
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <dirent.h>
+#include <filesystem>
+#include <memory>
+#include <set>
 #include <sys/resource.h>
+
+#include <zarel/lm_bitvec.h>
 
 #include "support/Capture.h"
 #include "support/FailingAllocation.h"
 #include "support/FailingCall.h"
 #include "support/Files.h"
+#include "support/FrameProbe.h"
 #include "vectorset/support.h"
 
 using namespace vectorset;
@@ -53,6 +60,22 @@ protected:
   support::Environment place{"TMPDIR", directory.path().c_str()};
   int before = openDescriptors();
 };
+
+/** Rows 1 and 3 of six. */
+std::unique_ptr<BVEC, void (*)(BVEC*)> oddRows() {
+  int error = 0;
+  BVEC* const rows = LM_bv_get_codage("rows", 0, 6, 0, "rows", &error);
+  LM_bv_set_on(rows, 1);
+  LM_bv_set_on(rows, 3);
+  return {rows, [](BVEC* b) { LM_bv_free(b); }};
+}
+
+/** The call that failed, where that has a name. */
+template <class Failing>
+std::string nameOf() {
+  if constexpr (std::is_same_v<Failing, support::FailingCall>) return Failing::failed();
+  return "allocation";
+}
 
 /** Everything that changes storage, on one set. */
 void live(int mode) {
@@ -145,6 +168,215 @@ TEST_F(Faults, SystemFailsInTheNumerics) {
     set.GramSchmidt(1e-10, 0, nullptr, nullptr);
     set.Release(true); // which is tried again at the end
   });
+}
+
+/** What operations take and give, made before anything fails. */
+struct Operands {
+  std::unique_ptr<BVEC, void (*)(BVEC*)> rows = oddRows();
+  C_MatMGe<double> B{4, 2};
+  Vec<double> x{6, 1.0};
+  Vec<double> z = vecOf<double>({1, 1, 1, 7, 1, 1});
+  int mask[6] = {1, 0, 1, 1, 1, 1};
+};
+
+/** Every operation on vectors. */
+void work(Set& set) {
+  const auto given = [] {
+    const support::Unharmed unharmed;
+    return std::make_unique<Operands>();
+  }();
+  C_MatMGe<double> M;
+  Vec<double> y;
+  Counts lengths;
+  Zarel::C_FInnerProd<double> ip;
+  set.GetRow(1, y);
+  set.GetRows(M, 1, 3, 0, -1);
+  set.Extract(M, given->rows.get(), 0, -1);
+  set.ZeroNonMasterDof(given->mask);
+  set.Mv(given->x, y, true, 0, -1);
+  set.MM(1, given->B, 0, M, 'N');
+  set.MatQtQ(M);
+  set.MatQ1tQ(set, M, -1);
+  set.SetVector(given->x, 2, true, 0, nullptr);
+  set.SetVector(given->z, 3, 0, y, nullptr, &ip);
+  set.AddVector(given->z, 3, true, 0, nullptr);
+  Set link(set, 1, 3, 1, 6);
+  link.Zero();
+  set.GramSchmidt(0, 2, &lengths, &y);
+}
+
+/** Every way to take the vectors of another set. */
+void take(Set& set) {
+  for (const int mode : {1, 2}) {
+    Set copy(mode, 1, 5, nullptr);
+    copy.Initialize(set);
+    copy.Merge(copy);
+    Set other(mode, 2, 6, nullptr);
+    other.Copy(set, 1, 4);
+    other.Initialize(copy, 3 - mode);
+    other = copy;
+  }
+}
+
+/** Runs an operation on sets of all storages, with the n-th of something failing. */
+template <class Failing, class Operation>
+void expectCodes(const std::string& directory, const std::set<int>& codes, Operation operation) {
+  for (const Storage storage : {Storage::InCore, Storage::Mapped, Storage::FileResident})
+    for (long n = 1;; ++n) {
+      MadeSet<double> set(storage, randomDense<double>(4, 6), 6);
+      bool happened = false;
+      int code = 0;
+      std::string name;
+      support::capture([&] {
+        const Failing failing(n);
+        code = codeOf([&] { operation(*set); });
+        happened = Failing::happened();
+        name = nameOf<Failing>();
+      });
+      EXPECT_TRUE(code == 0 || codes.count(code) == 1)
+          << "the failing " << n << " (" << name << ") told as " << code;
+      if (name == "unlink") // leaves a file, as it was told to
+        for (const auto& left : std::filesystem::directory_iterator(directory))
+          std::filesystem::remove(left);
+      if (!happened) break;
+    }
+}
+
+TEST_F(Faults, LackOfMemoryIsToldAsSuchByEveryOperation) {
+  expectCodes<support::FailingAllocation>(directory.path(), {1}, work);
+  expectCodes<support::FailingAllocation>(directory.path(), {1, 4}, take);
+}
+
+TEST_F(Faults, FailingCallsAreToldByTheirCodes) {
+  const std::set<int> codes{4, 13, 14, 19, 20, 21, 22, 24, 27, 34};
+  expectCodes<support::FailingCall>(directory.path(), codes, work);
+  expectCodes<support::FailingCall>(directory.path(), codes, take);
+}
+
+TEST_F(Faults, CopiesOfAnOddRangeNeedMemory) {
+  AtOddByte<double> set({{1, 2}, {3, 4}, {5, 6}}, 2);
+  for (long n = 1;; ++n) {
+    {
+      const support::FailingAllocation failing(n);
+      const int code = codeOf([&] { set->MapBlock(0, 2); });
+      if (!support::FailingAllocation::happened()) break;
+      EXPECT_EQ(code, 1);
+    }
+    EXPECT_FALSE(set->isMapped(0));
+  }
+  EXPECT_EQ((*set)[2]->GetVal(1), 6);
+}
+
+/** The reason stands for the system's own. */
+template <class Call>
+int reasonOf(Call call) {
+  int reason = -1;
+  support::capture([&] {
+    try {
+      call();
+    } catch (const C_ZarelException& e) {
+      reason = e.getReasonCode();
+    }
+  });
+  return reason;
+}
+
+TEST_F(Faults, ReasonIsTheSystems) {
+  constexpr int noMemory = 1;
+  Set set(2, 3, 4, nullptr);
+  const auto reasonWhen = [&](const char* name, auto call) {
+    const support::FailingCall failing(1, name, ENOMEM);
+    return reasonOf(call);
+  };
+
+  EXPECT_EQ(reasonWhen("mmap", [&] { set.MapAllBlocks(); }), noMemory);
+  set.MapAllBlocks();
+  EXPECT_EQ(reasonWhen("munmap", [&] { set.UnmapAllBlocks(); }), noMemory);
+  Set fresh(2, 3, 4, nullptr); // no handle for views that is closed before
+  EXPECT_EQ(reasonWhen("close", [&] { fresh.Release(true); }), noMemory);
+  EXPECT_EQ(reasonWhen("open", [&] { Set other(2, 1, 1, nullptr); }), noMemory);
+  EXPECT_EQ(reasonOf([&] { set.Allocate(3, 1, 1, nullptr); }), 0);
+}
+
+// Frames.
+
+using Names = std::vector<std::string>;
+
+/** The frames that a call opens, by their names within the class, and in their order. */
+template <class Call>
+Names framesOf(Call call) {
+  static const std::string prefix = "+C_VSTRUCT<T>::";
+  const support::FrameProbe frames;
+  call();
+  Names names;
+  int open = 0;
+  for (const std::string& name : frames.taken()) {
+    open += name[0] == '+' ? 1 : -1;
+    if (name.rfind(prefix, 0) == 0) names.push_back(name.substr(prefix.size()));
+  }
+  EXPECT_EQ(open, 0);
+  return names;
+}
+
+/** The same without those of the mapped ranges. */
+template <class Call>
+Names stepsOf(Call call) {
+  Names names = framesOf(call);
+  const auto ofRange = [](const std::string& n) { return n == "MapBlock" || n == "_UnmapBlock"; };
+  names.erase(std::remove_if(names.begin(), names.end(), ofRange), names.end());
+  return names;
+}
+
+TEST(VectorSetFrames, NameTheStepsOfASetInCore) {
+  Set set;
+  const Names made{"Allocate", "_Initialize", "_DeallocateList", "_AllocateList", "_AllocateBase"};
+  EXPECT_EQ(framesOf([&] { set.Allocate(1, 2, 3, nullptr); }), made);
+  EXPECT_EQ(framesOf([&] { set.Resize(3, nullptr); }),
+            (Names{"Resize", "_ResizeIncore", "_ResizeList", "_ReallocateBase"}));
+  EXPECT_EQ(framesOf([&] { set.Release(true); }), (Names{"Release", "_DeallocateList"}));
+}
+
+TEST(VectorSetFrames, NameTheStepsOfASetOnAFile) {
+  Set set;
+  EXPECT_EQ(framesOf([&] { set.Allocate(2, 2, 3, nullptr); }),
+            (Names{"Allocate", "_Initialize", "_DeallocateList", "_AllocateList", "_CreateDataFile",
+                   "_setDataFileSize"}));
+  EXPECT_EQ(framesOf([&] { set.MapAllBlocks(); }), Names{"MapBlock"});
+  EXPECT_EQ(
+      framesOf([&] { set.Resize(1, nullptr); }),
+      (Names{"Resize", "_ResizeOutofcore", "_UnmapBlock", "_setDataFileSize", "_ResizeList"}));
+  EXPECT_EQ(framesOf([&] { set.Release(true); }),
+            (Names{"Release", "_CloseDataFile", "_RemoveDataFile", "_DeallocateList"}));
+}
+
+TEST(VectorSetFrames, NameTheOperations) {
+  Set set(2, 2, 2, nullptr);
+  fillSet<double>(set, {{3, 4}, {1, 0}});
+  Set other(1, 2, 2, nullptr);
+  C_MatMGe<double> M;
+  C_MatMGe<double> N(2, 1);
+  Vec<double> x(2, 1.0);
+  Vec<double> y;
+  Zarel::C_FInnerProd<double> ip;
+  int mask[2] = {1, 1};
+
+  EXPECT_EQ(stepsOf([&] { set.GetRow(0, y); }), Names{"GetRow"});
+  EXPECT_EQ(stepsOf([&] { set.GetRows(M, 0, 1, 0, 1); }), Names{"GetRows"});
+  EXPECT_EQ(stepsOf([&] { set.ZeroNonMasterDof(mask); }), Names{"ZeroNonMasterDof"});
+  EXPECT_EQ(stepsOf([&] { set.Mv(x, y, true, 0, -1); }), Names{"Mv"});
+  EXPECT_EQ(stepsOf([&] { set.MM(1, N, 0, M, 'N'); }), (Names{"MM", "Mv"}));
+  EXPECT_EQ(stepsOf([&] { set.MatQtQ(M); }), Names{"MatQtQ"});
+  EXPECT_EQ(stepsOf([&] { set.MatQ1tQ(other, M, 1); }), Names{"MatQ1tQ"});
+  EXPECT_EQ(stepsOf([&] { set.GramSchmidt(0, 0, nullptr, nullptr); }),
+            (Names{"GramSchmidt", "Resize"}));
+  EXPECT_EQ(stepsOf([&] { set.AddVector(x, 0, true, 0, nullptr); }), Names{"AddVector"});
+  EXPECT_EQ(stepsOf([&] { set.SetVector(x, 0, true, 0, nullptr); }), Names{"SetVector"});
+  EXPECT_EQ(stepsOf([&] { set.SetVector(x, 0, 0, y, nullptr, &ip); }), Names{"SetVector"});
+  EXPECT_EQ(stepsOf([&] { set.Zero(); }), Names{"Zero"});
+  EXPECT_EQ(stepsOf([&] { other.Copy(set, 0, -1); }), (Names{"Copy", "Resize"}));
+  EXPECT_EQ(stepsOf([&] { other.Initialize(set); }), (Names{"Initialize", "Resize"}));
+  EXPECT_EQ(stepsOf([&] { other.Merge(set); })[0], "Merge");
+  EXPECT_EQ(stepsOf([&] { Set link(set, 0, -1, 0, -1); })[0], "LinkTo");
 }
 
 TEST_F(Faults, GramMatrixFallsBackToSingleVectorsWhenTheWholeSetCannotBeMapped) {

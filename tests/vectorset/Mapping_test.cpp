@@ -1,4 +1,6 @@
 // The mapped range of a set.
+#include <cstdint>
+
 #include "vectorset/support.h"
 
 using namespace vectorset;
@@ -163,6 +165,135 @@ TEST(MappedLink, ReachesTheLastElementOfTheFile) {
   link.MapAllBlocks();
 
   EXPECT_EQ((*link[2])[0], 12) << "a whole stride would lie past the end of the file";
+}
+
+// Vectors at addresses that no scalar may have: they are used in copies.
+
+template <class T>
+class OddPlaces : public ::testing::Test {
+protected:
+  static constexpr int vectors = 4;
+  static constexpr int length = 5;
+
+  Dense<T> values = randomDense<T>(vectors, length);
+  AtOddByte<T> set{values, length};
+
+  std::string file(const Dense<T>& content) const {
+    std::string bytes(1, '\x5a');
+    for (const auto& column : content)
+      bytes.append(reinterpret_cast<const char*>(column.data()), column.size() * sizeof(T));
+    return bytes;
+  }
+};
+class ScalarNames {
+public:
+  template <class T>
+  static std::string GetName(int i) {
+    return CaseNames::GetName<Case<T, Storage::Mapped>>(i);
+  }
+};
+#define ZAREL_SCALAR(T) , T
+using Scalars = TypesAfter<void ZAREL_MATRIX_SCALARS(ZAREL_SCALAR)>;
+TYPED_TEST_SUITE(OddPlaces, Scalars, ScalarNames);
+
+TYPED_TEST(OddPlaces, AreShownAligned) {
+  this->set->MapBlock(1, 3);
+
+  for (int j = 1; j < 4; ++j) {
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>((*this->set)[j]->Adr(0)) % alignof(TypeParam), 0U);
+    EXPECT_EQ(listOf(*(*this->set)[j]), this->values[static_cast<std::size_t>(j)]);
+  }
+  EXPECT_EQ(contentOf(*this->set), this->values);
+}
+
+TYPED_TEST(OddPlaces, TakeWhatIsStoredWhenTheRangeGoes) {
+  this->set->MapBlock(1, 3);
+  (*(*this->set)[2])[4] = TypeParam(9);
+  this->values[2][4] = TypeParam(9);
+
+  this->set->UnmapAllBlocks();
+
+  EXPECT_EQ(this->set.bytes(), this->file(this->values));
+  EXPECT_EQ(contentOf(*this->set), this->values);
+}
+
+TYPED_TEST(OddPlaces, GiveRowsWithWhatWasStoredMeanwhile) {
+  this->set->MapBlock(1, 2);
+  (*(*this->set)[2])[3] = TypeParam(9);
+  this->values[2][3] = TypeParam(9);
+  Vec<TypeParam> row;
+  C_MatMGe<TypeParam> M;
+
+  this->set->GetRow(3, row);
+  this->set->GetRows(M, 2, 4, 0, -1);
+
+  EXPECT_TRUE(this->set->isMapped(1, 2));
+  for (int j = 0; j < 4; ++j) {
+    const auto& column = this->values[static_cast<std::size_t>(j)];
+    EXPECT_EQ(row[j], column[3]);
+    EXPECT_EQ(std::vector<TypeParam>(M[j], M[j] + 2),
+              (std::vector<TypeParam>{column[2], column[3]}));
+  }
+}
+
+TYPED_TEST(OddPlaces, AreAMatrixWhenAllAreMapped) {
+  this->set->MapAllBlocks();
+
+  ASSERT_NE(this->set->Adr(), nullptr);
+  for (int j = 0; j < 4; ++j)
+    EXPECT_EQ(this->set->Adr()[j * this->set->LeadDim() + 1],
+              this->values[static_cast<std::size_t>(j)][1]);
+  this->set->UnmapAllBlocks();
+  EXPECT_EQ(this->set->Adr(), nullptr);
+}
+
+TYPED_TEST(OddPlaces, AreMultiplied) {
+  MadeSet<TypeParam> plain(Storage::FileResident, this->values, 5);
+  Vec<TypeParam> x(5, TypeParam(2));
+  Vec<TypeParam> y;
+  Vec<TypeParam> z;
+  C_MatMGe<TypeParam> M;
+  C_MatMGe<TypeParam> N;
+
+  plain->Mv(x, y, true, 0, -1);
+  this->set->Mv(x, z, true, 0, -1);
+  EXPECT_EQ(listOf(z), listOf(y));
+  plain->Mv(y, x, false, 0, -1);
+  this->set->Mv(y, z, false, 0, -1);
+  EXPECT_EQ(listOf(z), listOf(x));
+  plain->MatQtQ(M);
+  this->set->MatQtQ(N);
+  EXPECT_EQ(std::vector<TypeParam>(N.Adr(), N.Adr() + 16),
+            std::vector<TypeParam>(M.Adr(), M.Adr() + 16));
+}
+
+TYPED_TEST(OddPlaces, AreLinkedAndResized) {
+  using T = TypeParam;
+  {
+    Zarel::C_VSTRUCT<T> link(*this->set, 1, 3, 2, 4);
+    EXPECT_EQ(contentOf(link), partOf(this->values, 1, 3, 2, 4));
+    link.Zero();
+  }
+  this->set->Resize(5, nullptr);
+
+  for (const std::size_t j : {1, 2})
+    this->values[j][2] = this->values[j][3] = T(0);
+  this->values.emplace_back(5, T(0));
+  EXPECT_EQ(contentOf(*this->set), this->values);
+}
+
+TEST(OddGap, IsSteppedOver) {
+  const auto values = randomDense<double>(3, 4);
+  MadeSet<double> set(Storage::Mapped, values, 4, 3);
+  Set link(*set, 1, 3, 1, 3);
+
+  set->MapAllBlocks();
+  EXPECT_EQ(contentOf(*set), values);
+  EXPECT_EQ(set->Adr()[2 * set->LeadDim() + 1], values[2][1]) << "copies have no gap";
+  EXPECT_EQ(contentOf(link), partOf(values, 1, 3, 1, 3));
+  set->SetVal(3, 2, 77);
+  set->UnmapAllBlocks();
+  EXPECT_EQ(set->GetVal(3, 2), 77);
 }
 
 TEST(UnmappedStorage, NeedsNoMapping) {

@@ -131,6 +131,67 @@ TYPED_TEST(Orthonormal, NearlyEqualVectorsStayWhenTheToleranceAllows) {
   }
 }
 
+/** Factors of vectors that are too long or too short for the sum of their squares. */
+template <class T>
+std::vector<double> extremes() {
+  if constexpr (std::is_same_v<T, double> || std::is_same_v<T, std::complex<double>>)
+    return {1e300, 1e-300};
+  else
+    return {1e37, 1e-37};
+}
+
+template <class T>
+std::vector<T> scaled(double factor, const std::vector<T>& v) {
+  return combine(scalar<T>(factor), v, T(0), v);
+}
+
+TYPED_TEST(Orthonormal, VectorsOfAnyLengthAreKept) {
+  using T = typename TestFixture::Scalar;
+  const auto plain = randomDense<T>(3, 12);
+  for (const double factor : extremes<T>()) {
+    auto input = plain;
+    input[0] = scaled(factor, plain[0]);
+    input[2] = scaled(factor, plain[2]);
+    MadeSet<T> set(TypeParam::storage, input, 12);
+    Counts lengths;
+    Vec<T> r;
+
+    set->GramSchmidt(1e-4, 0, &lengths, &r);
+
+    EXPECT_EQ(listOf(lengths), (std::vector<int>{1, 2, 3})) << factor;
+    expectOrthonormal(contentOf(*set), this->bound(12));
+    EXPECT_LE(std::abs(wide(r[0]) / factor - normOf(plain[0])), this->bound(12) * 8);
+  }
+}
+
+TYPED_TEST(Orthonormal, SingleVectorsOfAnyLengthAreStored) {
+  using T = typename TestFixture::Scalar;
+  const auto plain = randomDense<T>(2, 9);
+  for (const double factor : extremes<T>()) {
+    MadeSet<T> set(TypeParam::storage, plain, 9);
+    Vec<T> x = vecOf(scaled(factor, plain[0]));
+    Vec<T> y = vecOf(scaled(factor, plain[1]));
+
+    EXPECT_EQ(set->AddVector(x, 0, true, 0, nullptr), 0);
+    EXPECT_EQ(set->SetVector(y, 1, true, 1e-4, nullptr), 0);
+
+    expectOrthonormal(contentOf(*set), this->bound(9));
+  }
+}
+
+TYPED_TEST(Orthonormal, InfinityIsFoundAtItsVector) {
+  using T = typename TestFixture::Scalar;
+  auto input = randomDense<T>(4, 6);
+  input[1][2] = scalar<T>(std::numeric_limits<double>::infinity());
+  MadeSet<T> set(TypeParam::storage, input, 6);
+
+  set->GramSchmidt(1e-4, 0, nullptr, nullptr);
+
+  EXPECT_EQ(set->FirstNotFinite(), 1);
+  Vec<T> x = vecOf(input[1]);
+  EXPECT_EQ(codeOf([&] { set->SetVector(x, 1, true, 0, nullptr); }), 2866);
+}
+
 TYPED_TEST(Orthonormal, EarlierVectorsTakeNoPart) {
   using T = typename TestFixture::Scalar;
   const auto input = randomDense<T>(5, 12);
@@ -493,6 +554,107 @@ TEST(VectorSetOrthonormal, VectorsThatAreAllRoundingStillMakeASet) {
 
   ASSERT_LE(set.getDim(), 4);
   expectRebuilt(values, contentOf(set), lengths, r, 1e-13);
+}
+
+TEST(VectorSetOrthonormal, NothingButUnitVectorsIsKept) {
+  // Small whole numbers: with no tolerance a rest may vanish in the second pass alone.
+  for (unsigned long long seed = 1; seed <= 2000; ++seed) {
+    const int length = 1 + static_cast<int>(seed % 5);
+    const int vectors = 2 + static_cast<int>(seed % 9);
+    Noise noise(seed);
+    Dense<double> values(static_cast<std::size_t>(vectors));
+    for (auto& column : values)
+      for (int i = 0; i < length; ++i)
+        column.push_back(std::floor(3 * noise.next()));
+    Set set(1, vectors, length, nullptr);
+    Counts lengths;
+    Vec<double> r;
+
+    filled(set, values).GramSchmidt(0, 0, &lengths, &r);
+
+    const auto q = contentOf(set);
+    for (const auto& column : q)
+      ASSERT_NEAR(normOf(column), 1, 1e-12) << "seed " << seed;
+    expectRebuilt(values, q, lengths, r, 1e-11);
+  }
+}
+
+/** What a set makes of vectors of which some are zero and some depend on others. */
+template <class Made>
+void expectDrops(Made& set, const Dense<double>& input) {
+  Counts lengths;
+  Vec<double> r;
+
+  set->GramSchmidt(1e-10, 1, &lengths, &r);
+
+  EXPECT_EQ(listOf(lengths), (std::vector<int>{0, 0, 2, 2, 0, 3, 3}));
+  EXPECT_EQ(set->getDim(), 3);
+  const auto q = contentOf(*set);
+  EXPECT_EQ(q[0], input[0]);
+  expectOrthonormal(partOf(q, 1, 3, 0, 4), 1e-14);
+  expectRebuilt(input, q, lengths, r, 1e-13, 1);
+}
+
+TEST(VectorSetOrthonormal, OneAfterTheOtherDropsAndPacksAsBlocksDo) {
+  const Dense<double> input{{9, 9, 9, 9}, {0, 0, 0, 0}, {3, 4, 0, 0}, {6, 8, 0, 0},
+                            {0, 0, 0, 0}, {1, 0, 5, 0}, {4, 4, 5, 0}};
+  AtOddByte<double> single(input, 4); // no matrix
+  MadeSet<double> blocks(Storage::InCore, input, 4);
+
+  expectDrops(single, input);
+  expectDrops(blocks, input);
+}
+
+TEST(VectorSetOrthonormal, DropsOfASetThatCannotBeCutAreTold) {
+  const Dense<double> input{{3, 4}, {0, 0}, {6, 8}, {1, 0}};
+  MadeSet<double> set(Storage::FileResident, input, 2);
+  Counts lengths;
+  Vec<double> r;
+
+  EXPECT_EQ(codeOf([&] { set->GramSchmidt(1e-10, 0, &lengths, &r); }), 2870);
+
+  EXPECT_EQ(listOf(lengths), (std::vector<int>{1, 0, 1, 2}));
+  ASSERT_EQ(r.Dim(), 10) << "not packed";
+  const double packed[] = {5, 10, 0.6, 0.8};
+  for (int k = 0; k < 4; ++k)
+    EXPECT_NEAR(r[k], packed[k], 1e-14);
+}
+
+TEST(VectorSetOrthonormal, NothingIsStoredForAVectorOfNoLength) {
+  Set set(1, 2, 2, nullptr);
+  filled(set, {{1, 0}, {5, 6}});
+  Vec<double> zero(2);
+  Vec<double> twice = vecOf<double>({2, 0});
+
+  EXPECT_EQ(set.AddVector(zero, 1, true, 0, nullptr), 5);
+  EXPECT_EQ(set.AddVector(twice, 1, true, 0, nullptr), 12);
+
+  EXPECT_EQ(contentOf(set)[1], (std::vector<double>{5, 6}));
+}
+
+/** No inner product: the square of a vector is negative. */
+template <class T>
+class Negative : public Zarel::C_FInnerProd<T> {
+public:
+  T operator()(C_Vec<T, int>& a, C_Vec<T, int>& b) override { return -(a * b); }
+};
+
+template <class T>
+void expectRefused() {
+  Zarel::C_VSTRUCT<T> set(1, 2, 2, nullptr);
+  Negative<T> ip;
+  Vec<T> coef;
+  for (const int place : {0, 1}) {
+    Vec<T> x(2, T(1));
+    EXPECT_EQ(codeOf([&] { set.SetVector(x, place, 0, coef, nullptr, &ip); }), 2866);
+  }
+  EXPECT_EQ(contentOf(set), Dense<T>(2, std::vector<T>(2)));
+}
+
+TEST(VectorSetOrthonormal, NegativeSquaresOfAnInnerProductAreRefused) {
+  expectRefused<double>();
+  expectRefused<float>();
+  expectRefused<std::complex<double>>();
 }
 
 TEST(VectorSetOrthonormal, NotANumberEnds) {

@@ -1,4 +1,6 @@
 // Products of sets against sums written out, in all storages.
+#include <climits>
+
 #include "support/Processes.h"
 #include "vectorset/support.h"
 
@@ -300,6 +302,8 @@ TEST(VectorSetProducts, VectorsThatDoNotExistAreRefused) {
   EXPECT_EQ(codeOf([&] { set.Mv(x, y, true, 1, 3); }), 12);
   EXPECT_EQ(codeOf([&] { set.Mv(x, y, true, -1, 2); }), 12);
   EXPECT_EQ(codeOf([&] { set.Mv(x, y, true, 3, 1); }), 12);
+  EXPECT_EQ(codeOf([&] { set.Mv(x, y, true, INT_MIN, 2); }), 12);
+  EXPECT_EQ(codeOf([&] { set.Mv(x, y, true, 2, INT_MIN); }), 12);
 }
 
 TEST(VectorSetProducts, OperandWithoutDataIsRefused) {
@@ -424,6 +428,45 @@ TEST(VectorSetProducts, IntegersHaveNoBlasProduct) {
 
   EXPECT_EXIT(set.Mv(x, y, true, 0, -1), ::testing::ExitedWithCode(255),
               "Error : gemm with integers not yet implemented");
+}
+
+TEST(VectorSetProducts, IntegersHaveNoMutualBlasProduct) {
+  C_MatMGe<int> M;
+  for (const int mode : {1, 2}) {
+    Zarel::C_VSTRUCT<int> set(mode, 2, 2, nullptr);
+    EXPECT_EXIT(set.MatQ1tQ(set, M, -1), ::testing::ExitedWithCode(255),
+                "Error : gemm with integers not yet implemented");
+  }
+  Zarel::C_VSTRUCT<int> none(1, 0, 2, nullptr);
+  EXPECT_EQ(none.MatQ1tQ(none, M, -1), 0);
+}
+
+TEST(VectorSetProducts, SetIsItsOwnOperand) {
+  const Dense<double> q{{1, 2, 3}, {0, 1, 5}, {2, 0, 1}};
+  const Dense<double> squared{{7, 4, 16}, {10, 1, 10}, {4, 4, 7}}; // Q Q
+  for (const Storage storage : {Storage::InCore, Storage::Mapped, Storage::FileResident}) {
+    MadeSet<double> set(storage, q, 3);
+    C_MatMGe<double> C;
+
+    set->MM(1, *set, 0, C, 'N');
+
+    for (int j = 0; j < 3; ++j)
+      EXPECT_EQ(std::vector<double>(C[j], C[j] + 3), squared[static_cast<std::size_t>(j)]);
+    EXPECT_EQ(codeOf([&] { set->MM(1, C, 0, *set, 'N'); }), 12) << "but not its own result";
+    EXPECT_EQ(contentOf(*set), q);
+  }
+}
+
+TEST(VectorSetProducts, GramMatrixRespectsThePaddingOfItsResult) {
+  for (const Storage storage : {Storage::InCore, Storage::Mapped, Storage::FileResident}) {
+    MadeSet<double> set(storage, {{1, 2}, {3, 4}}, 2);
+    double room[6] = {9, 9, 9, 9, 9, 9};
+    C_MatMGe<double> M(2, 2, room, 3);
+
+    set->MatQtQ(M);
+
+    EXPECT_EQ(std::vector<double>(room, room + 6), (std::vector<double>{5, 11, 9, 11, 25, 9}));
+  }
 }
 
 TEST(VectorSetProducts, TimesASetIsEmpty) {

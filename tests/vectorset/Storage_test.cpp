@@ -6,6 +6,7 @@
 
 #include "support/Capture.h"
 #include "support/Files.h"
+#include "system/text.h"
 #include "vectorset/support.h"
 
 using namespace vectorset;
@@ -286,6 +287,35 @@ TEST(VectorSet, PrintsItsState) {
   EXPECT_NE(text(link).find("\tDimVec\t:\t\t1\n\tLead Dimension\t:\t\t3\n"), std::string::npos);
 }
 
+TEST(VectorSet, PrintsItsFile) {
+  support::TempDirectory directory;
+  const std::string file = directory.file("données.bin");
+  Set set;
+  set.setDataFileName(Zarel::toWide(file));
+  set.Allocate(2, 2, 3, nullptr);
+  Set link(set, 1, -1, 1, -1);
+  const auto text = [](Set& s) {
+    return support::capture([&] {
+             s.Info(stdout);
+             std::fflush(stdout);
+           })
+        .out;
+  };
+  const auto state = [&](Set& s, const char* counts, int offset, int owner) {
+    return std::string("\tValid\t:\t\t1\n") + counts + "\tFileDescriptor\t:\t" +
+           std::to_string(s.getDataFileDescriptor()) + "\n\tInitialOffSet\t:\t" +
+           std::to_string(offset) + "\n\tFileName\t:\t\t" + file +
+           "\n\tFileSize\t:\t\t48\n\tMemOwner\t:\t" + std::to_string(owner) +
+           "\n\tMapFile\t:\t\t1\n\tCoreMode\t:\t2\n\tBase\t:\t\t(nil)\n";
+  };
+
+  EXPECT_EQ(text(set), state(set, "\tNbVec\t:\t\t2\n\tDimVec\t:\t\t3\n", 0, 1));
+  EXPECT_EQ(text(link), state(link,
+                              "\tNbVec\t:\t\t1\n\tDimVec\t:\t\t2\n"
+                              "\tLead Dimension\t:\t\t3\n",
+                              32, 0));
+}
+
 // The data file.
 
 TEST(VectorSetFile, TemporaryFileIsPrivateAndGoesWithTheSet) {
@@ -338,6 +368,37 @@ TEST(VectorSetFile, NamePresetForTheNextFileLeavesThePresentOne) {
 
   EXPECT_FALSE(exists(first));
   EXPECT_EQ(sizeOf(next), 32);
+}
+
+TEST(VectorSetFile, NamePresetForTheNextFileIsNotThatOfALink) {
+  support::TempDirectory directory;
+  Set set(2, 2, 2, nullptr);
+  const std::string present = fileOf(set);
+  set.setDataFileName(wideName(directory.file("next.bin")));
+
+  Set link(set, 0, -1, 0, -1);
+
+  EXPECT_EQ(fileOf(link), present);
+  EXPECT_EQ(link.GetVal(1, 1), 0);
+}
+
+TEST(VectorSetFile, NamePresetForTheNextFileIsNotMapped) {
+  support::TempDirectory directory;
+  const std::string file = directory.file("data.bin");
+  const std::string next = directory.file("next.bin");
+  support::writeBytes(file, std::string(16, '\0'));
+  FILE* const stream = std::fopen(file.c_str(), "rb"); // by which nothing can be mapped to write
+  Set set;
+  set.Read(stream, 2, true, 1, 2, 0);
+  set.setDataFileName(wideName(next));
+  Set link(set, 0, -1, 0, -1);
+
+  EXPECT_EQ(codeOf([&] { set.MapBlock(0, 0); }), 13);
+  EXPECT_EQ(codeOf([&] { link.MapBlock(0, 0); }), 13);
+
+  EXPECT_FALSE(exists(next));
+  set.Release(true);
+  std::fclose(stream);
 }
 
 TEST(VectorSetFile, ReleaseLeavesTheFileWhenAsked) {

@@ -11,9 +11,12 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <zarel/C_ZarelException.h>
 #include <zarel/C_vstruct.h>
+
+#include "support/Files.h"
 
 namespace vectorset {
 
@@ -193,6 +196,37 @@ private:
 
   Stream stream_; // outlives the set
   Zarel::C_VSTRUCT<T> set_;
+};
+
+/** A set that owns a file on which its vectors begin at byte 1: no address that suits a scalar. */
+template <class T>
+class AtOddByte {
+public:
+  AtOddByte(const Dense<T>& values, int length) {
+    std::string bytes(1, '\x5a');
+    for (const auto& column : values)
+      bytes.append(reinterpret_cast<const char*>(column.data()), column.size() * sizeof(T));
+    support::writeBytes(path_, bytes);
+    std::wstring name(path_.begin(), path_.end());
+    set_.Restore(name.data(), 1ULL, 2, static_cast<int>(values.size()), length);
+    descriptor_ = set_.getDataFileDescriptor();
+  }
+  AtOddByte(const AtOddByte&) = delete;
+  AtOddByte& operator=(const AtOddByte&) = delete;
+  ~AtOddByte() {
+    set_.Release(true);
+    ::close(descriptor_);
+  }
+
+  Zarel::C_VSTRUCT<T>& operator*() { return set_; }
+  Zarel::C_VSTRUCT<T>* operator->() { return &set_; }
+  std::string bytes() const { return support::bytesOf(path_); }
+
+private:
+  support::TempDirectory directory_;
+  const std::string path_ = directory_.file("odd.bin");
+  Zarel::C_VSTRUCT<T> set_;
+  int descriptor_ = -1;
 };
 
 /** The code of the exception that a call throws, 0 if none. */
