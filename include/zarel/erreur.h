@@ -3,7 +3,8 @@
  * Procedural reporting. C and C++.
  *
  * The plain functions of the library report through this small layer, which ends in the message
- * tool "DefaultMessageTool". Unless told otherwise the functions return 0, or -1 on failure.
+ * tool "DefaultMessageTool". Unless told otherwise the functions return 0, or -1 on failure,
+ * want of memory among them: none of these functions throws for that.
  * Formats are those of `printf`.
  *
  * Threads: texts are composed in one static buffer of 16384 bytes (longer ones are cut); two
@@ -58,7 +59,8 @@ ZAREL_API int switch_debug_scope(int scope, int state);
 ZAREL_API int switch_verbeux(int scope, int state);
 
 /** Composes the text of a message number as a new block, which the caller releases with
- * `zarelmem_free`; null when there is no usable tool, no such text or the number is negative. */
+ * `zarelmem_free`; null when there is no usable tool, no such text, no memory or the number is
+ * negative. */
 ZAREL_API char* MSG_get(int id, ...);
 /** The same. */
 ZAREL_API char* MSG_get_default(int id, ...);

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <new>
 
 #include <zarel/zarelsys.h>
 
@@ -20,7 +21,17 @@ C_MessageTool* defaultTool() {
   return C_MessageTool::Instance(defaultKey);
 }
 
-int report(C_ZarelMessage& message, const char* format, std::va_list args) {
+/** What `report` gives, or `without` if memory ends before it: C has no way to catch that. */
+template <class Result, class Report>
+Result reported(Result without, Report report) {
+  try {
+    return report();
+  } catch (const std::bad_alloc&) {
+    return without;
+  }
+}
+
+int printed(C_ZarelMessage& message, const char* format, std::va_list args) {
   if (!format || std::vsnprintf(reportText, sizeof reportText, format, args) < 0)
     reportText[0] = '\0';
   message.Set(std::string(reportText));
@@ -28,14 +39,18 @@ int report(C_ZarelMessage& message, const char* format, std::va_list args) {
 }
 
 int say(int level, int scope, const char* format, std::va_list args) {
-  C_ZarelMessage message("", "", 0, E_MsgInfo, level, scope, ALL_STREAMS);
-  return report(message, format, args);
+  return reported(-1, [&] {
+    C_ZarelMessage message("", "", 0, E_MsgInfo, level, scope, ALL_STREAMS);
+    return printed(message, format, args);
+  });
 }
 
 int blame(E_MessageType_enum type, const char* function, int line, const char* file,
           const char* format, std::va_list args) {
-  C_ZarelMessage message(function, file, line, type, 0, 0, ALL_STREAMS);
-  return report(message, format, args);
+  return reported(-1, [&] {
+    C_ZarelMessage message(function, file, line, type, 0, 0, ALL_STREAMS);
+    return printed(message, format, args);
+  });
 }
 
 // Why there is no tool that knows numbers; null if there is one.
@@ -70,6 +85,21 @@ char* composed(int id, std::va_list args) {
   return found == 0 ? zarel_strdup(text.c_str(), "MSG_get") : nullptr;
 }
 
+char* composedIfThereIsMemory(int id, std::va_list args) {
+  return reported(static_cast<char*>(nullptr), [&] { return composed(id, args); });
+}
+
+int trace(const char* label, int line, const char* file) {
+  C_MessageTool* tool = nullptr;
+  if (const char* why = findUsableTool(tool)) {
+    C_MessageTool::SafeDisplay("%s\n*** fct_Trace( %s, %d, %s)", why, label, line, file);
+    return -1;
+  }
+  const C_ZarelMessage message(label, file, line, tool->getKey(), E_MsgCallStack,
+                               "fct_Trace: %s(), %s line %d", label, file, line);
+  return C_MessageTool::HandleMessage(message);
+}
+
 } // namespace
 
 int Erreur(const char* function, int line, const char* file, const char* format, ...) {
@@ -93,16 +123,7 @@ int Msg_verbeux(int scope, const char* format, ...) {
 }
 
 int fct_Trace(const char* label, int line, const char* file) {
-  C_MessageTool* tool = nullptr;
-  if (!label) label = "";
-  if (!file) file = "";
-  if (const char* why = findUsableTool(tool)) {
-    C_MessageTool::SafeDisplay("%s\n*** fct_Trace( %s, %d, %s)", why, label, line, file);
-    return -1;
-  }
-  const C_ZarelMessage message(label, file, line, tool->getKey(), E_MsgCallStack,
-                               "fct_Trace: %s(), %s line %d", label, file, line);
-  return C_MessageTool::HandleMessage(message);
+  return reported(-1, [=] { return trace(label ? label : "", line, file ? file : ""); });
 }
 
 int is_externe_on(void) {
@@ -144,10 +165,10 @@ int switch_verbeux(int scope, int state) {
 }
 
 char* MSG_get(int id, ...) {
-  ZAREL_RETURN_WITH_ARGS(id, composed(id, args));
+  ZAREL_RETURN_WITH_ARGS(id, composedIfThereIsMemory(id, args));
 }
 char* MSG_get_default(int id, ...) {
-  ZAREL_RETURN_WITH_ARGS(id, composed(id, args));
+  ZAREL_RETURN_WITH_ARGS(id, composedIfThereIsMemory(id, args));
 }
 
 int MSG_load(const char*) {

@@ -20,11 +20,13 @@ int statusOf(int fd, struct stat* status) {
   return ::fstat(fd, status);
 }
 
-// The standard's function also serves file systems that cannot reserve: it writes to every block.
+// Not the standard's function: where the file system cannot reserve, that one writes to every block
+// and never asks whether the disk has taken them. The caller, who does, must not be sent to write
+// to a file that appends whatever it is given.
 int reserve(int fd, off_t offset, off_t bytes) {
-  const int error = ::posix_fallocate(fd, offset, bytes);
-  if (error != 0) errno = error;
-  return error == 0 ? 0 : -1;
+  const int result = ::fallocate(fd, 0, offset, bytes);
+  if (result != 0 && errno == EOPNOTSUPP && (::fcntl(fd, F_GETFL) & O_APPEND) != 0) errno = EBADF;
+  return result;
 }
 
 int statusUnder(const char* path, struct stat* status) {

@@ -1,8 +1,11 @@
 // Procedural reporting.
 #include <cstring>
 
+#include <zarel/zarelmem.h>
+
 #include "runtime/fail.h"
 #include "runtime/fixture.h"
+#include "support/FailingAllocation.h"
 
 namespace runtime_test {
 
@@ -134,6 +137,31 @@ TEST_F(Procedural, TextsOfNumbersNeedATool) {
   EXPECT_EQ(MSG_get(-1), nullptr);
   EXPECT_EQ(MSG_get_default(5), nullptr) << "no such text";
   EXPECT_EQ(boxes.size(), 1u);
+}
+
+// C has no way to catch anything.
+TEST_F(Procedural, NothingIsThrownWhereMemoryEnds) {
+  listen(3);
+  bool thrown = false;
+  const auto report = [&](auto call) {
+    return support::forEachFailingAllocation(
+        [&] {
+          try {
+            call();
+          } catch (...) {
+            thrown = true;
+          }
+        },
+        support::FailingAllocation::FromThenOn);
+  };
+
+  EXPECT_GT(report([] { Erreur("fonction", 12, "a.c", "%d", 3); }), 0);
+  EXPECT_GT(report([] { Warning("fonction", 12, "a.c", "%d", 3); }), 0);
+  EXPECT_GT(report([] { Msg_public("%s", "all"); }), 0);
+  EXPECT_GT(report([] { Msg_verbeux(0, "%s", "few"); }), 0);
+  EXPECT_GT(report([] { fct_Trace("aff_lieu", 1, "a.c"); }), 0);
+  EXPECT_GT(report([] { zarelmem_free(MSG_get(11), __FILE__, __LINE__); }), 0);
+  EXPECT_FALSE(thrown);
 }
 
 TEST_F(Procedural, RemainsOfTheOlderDesignDoNothing) {

@@ -118,4 +118,16 @@ TEST_F(Calls, ReservingTellsOfARefusalInErrno) {
   EXPECT_EQ(errno, EINVAL);
 }
 
+// A file of the system's own stands for a file system that cannot reserve. Nobody is to write to it
+// instead where writing would append.
+TEST_F(Calls, ReservingTellsOfAFileSystemThatCannot) {
+  const char own[] = "/proc/self/comm";
+  const Descriptor anywhere = openDescriptor(own, O_RDWR);
+  const Descriptor appending = openDescriptor(own, O_RDWR | O_APPEND);
+  EXPECT_EQ(systemCalls().fallocate(anywhere.get(), 0, 100), -1);
+  EXPECT_EQ(errno, EOPNOTSUPP);
+  EXPECT_EQ(systemCalls().fallocate(appending.get(), 0, 100), -1);
+  EXPECT_EQ(errno, EBADF);
+}
+
 } // namespace
