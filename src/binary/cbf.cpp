@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "system/calls.h"
+#include "system/descriptor.h"
 #include "system/files.h"
 #include "system/text.h"
 
@@ -31,7 +32,7 @@ int CBF_open64(const wchar_t* path, int flags) {
     errno = EINVAL;
     return -1;
   }
-  return systemCalls().open(toUtf8(path).c_str(), flags | O_CLOEXEC, ownerOnly);
+  return openDescriptor(toUtf8(path), flags, ownerOnly).release();
 }
 
 int CBF_close64(int fd) {

@@ -210,7 +210,7 @@ I C_PtrOnFile<T, I>::step() const {
 template <class T, class I>
 void C_PtrOnFile<T, I>::seekTo(I first, I count, int code) {
   if (file_ == nullptr) fail(12);
-  if (first < 0 || count > count_ - first) fail(code);
+  if (first < 0 || first > count_ || count > count_ - first) fail(code);
   file_->Seek(first, 0);
 }
 

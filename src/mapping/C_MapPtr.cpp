@@ -1,6 +1,7 @@
 #include <zarel/C_MapManager.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <new>
 #include <sys/mman.h>
 #include <type_traits>
@@ -49,14 +50,17 @@ SystemAdvice systemAdvice(E_MapAdvice advice) {
   return {-1, -1};
 }
 
-// Views end in destructors, where nothing may be thrown, not even for want of memory.
+// Views end in destructors, where nothing may be thrown, not even for want of memory. The reason
+// stays in errno for callers who report it too.
 void reportNotUnmapped() {
+  const int reason = errno;
   try {
     C_ZarelException failure("Throwing", __FILE__, __LINE__, UnmapFailed, reasonInErrno,
                              defaultKey);
     C_MessageTool::HandleMessage(failure, E_MsgError, 0);
   } catch (const std::bad_alloc&) {
   }
+  errno = reason;
 }
 
 } // namespace

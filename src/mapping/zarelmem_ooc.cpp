@@ -141,14 +141,9 @@ bool deleteFile(const Unit& unit) {
   return systemCalls().unlink(unit.path) == 0;
 }
 
-// Opens a unit's file; interrupted calls are repeated.
 bool openFile(Unit& unit, int flags) {
-  try {
-    unit.descriptor = openDescriptor(unit.path, O_RDWR | flags).release();
-    return unit.descriptor >= 0;
-  } catch (const std::bad_alloc&) {
-    return false;
-  }
+  unit.descriptor = openDescriptor(unit.path, O_RDWR | flags).release();
+  return unit.descriptor >= 0;
 }
 
 bool closeNow(Unit& unit) {

@@ -61,10 +61,10 @@ int Descriptor::close() {
   return _fd < 0 ? 0 : systemCalls().close(release());
 }
 
-Descriptor openDescriptor(const std::string& path, int flags, mode_t mode) {
+Descriptor openDescriptor(const char* path, int flags, mode_t mode) {
   int fd = -1;
   do
-    fd = systemCalls().open(path.c_str(), flags | O_CLOEXEC, mode);
+    fd = systemCalls().open(path, flags | O_CLOEXEC, mode);
   while (fd < 0 && errno == EINTR);
   return Descriptor(fd);
 }

@@ -33,7 +33,10 @@ private:
 
 // Opens a file that the programs started by a host do not inherit; none and errno on failure.
 // Interrupted calls are repeated.
-Descriptor openDescriptor(const std::string& path, int flags, mode_t mode = 0600);
+Descriptor openDescriptor(const char* path, int flags, mode_t mode = 0600);
+inline Descriptor openDescriptor(const std::string& path, int flags, mode_t mode = 0600) {
+  return openDescriptor(path.c_str(), flags, mode);
+}
 
 // The directory for temporary files: `TMPDIR` if that may be written to, else `second` if that may,
 // else /tmp; empty and errno if none may.

@@ -17,16 +17,11 @@ namespace {
 constexpr long long unknown = -1;
 constexpr long long kibi = 1024;
 
-// Takes the path as it is: a string of it would need memory.
-Descriptor opened(const char* path, int flags = 0) {
-  return Descriptor(systemCalls().open(path, O_RDONLY | O_CLOEXEC | flags, 0));
-}
-
 // The head of a file of the system, as text; empty when it cannot be read.
 class SystemFile {
 public:
   explicit SystemFile(const char* path) {
-    const Descriptor file = opened(path);
+    const Descriptor file = openDescriptor(path, O_RDONLY);
     if (file) _text[readFully(file.get(), _text, sizeof _text - 1)] = '\0';
   }
 
@@ -92,7 +87,7 @@ long long threadCount() {
 
 // Each process has a directory there whose name is its number. opendir would allocate.
 long long processCount() {
-  const Descriptor directory = opened("/proc", O_DIRECTORY);
+  const Descriptor directory = openDescriptor("/proc", O_RDONLY | O_DIRECTORY);
   alignas(dirent64) char entries[8192];
   long long count = 0;
   ssize_t bytes = 0;

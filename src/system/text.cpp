@@ -1,5 +1,6 @@
 #include "system/text.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace Zarel {
@@ -99,6 +100,11 @@ std::wstring toWide(std::string_view text) {
     text.remove_prefix(bytes);
   }
   return wide;
+}
+
+bool hasStrayBytes(std::wstring_view text) {
+  return std::any_of(text.begin(), text.end(),
+                     [](wchar_t c) { return isStrayByte(static_cast<std::uint32_t>(c)); });
 }
 
 std::string toUtf8(std::wstring_view text) {

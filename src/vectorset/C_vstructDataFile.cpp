@@ -12,6 +12,7 @@
 #include <zarel/zarelsys.h>
 
 #include "system/calls.h"
+#include "system/descriptor.h"
 #include "system/text.h"
 #include "vectorset/instantiate.h"
 #include "vectorset/steps.h"
@@ -31,7 +32,7 @@ struct NewFile {
 
   int open(int how) {
     path = toUtf8(name);
-    return systemCalls().open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | how, ownerOnly);
+    return openDescriptor(path, O_RDWR | O_CREAT | how, ownerOnly).release();
   }
 };
 
@@ -46,6 +47,7 @@ std::wstring temporaryName(const std::wstring& prefix) {
 /** A file that nobody else has: should the name be taken meanwhile, another one is tried. */
 int openTemporary(const char* prefix, NewFile& file) {
   const std::wstring wide = toWide(prefix == nullptr ? defaultPrefix : prefix);
+  if (hasStrayBytes(wide)) fail(NoFileName);
   int fd = -1;
   for (int trial = 0; fd < 0 && trial < mostTemporaryNames; ++trial) {
     file.name = temporaryName(wide);
@@ -75,6 +77,7 @@ void C_VSTRUCT<T>::_CreateDataFile(std::wstring const& name, char const* prefix)
 
 template <class T>
 unsigned __int64 C_VSTRUCT<T>::_ComputeDataFileSize() const {
+  ZAREL_STEP("_ComputeDataFileSize");
   return dataFileSize(this->columns_);
 }
 

@@ -104,6 +104,21 @@ ssize_t grudging(size_t bytes, Move move) {
   return move(std::min<size_t>(bytes, 3));
 }
 
+TEST_F(Cbf, AnInterruptedOpeningIsRepeated) {
+  static int turns = 0;
+  generous = Zarel::systemCalls();
+  Zarel::systemCalls().open = [](const char* path, int flags, mode_t mode) {
+    errno = EINTR;
+    return ++turns < 3 ? -1 : generous.open(path, flags, mode);
+  };
+  const int opened = CBF_open64(L"/dev/null", O_RDONLY);
+  Zarel::systemCalls() = generous;
+
+  EXPECT_GE(opened, 0);
+  EXPECT_EQ(turns, 3);
+  CBF_close64(opened);
+}
+
 TEST_F(Cbf, PartialAndInterruptedTransfersGoOn) {
   generous = Zarel::systemCalls();
   Zarel::systemCalls().write = [](int d, const void* from, size_t bytes) {

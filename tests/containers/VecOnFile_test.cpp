@@ -1,4 +1,6 @@
 // Vectors on a file.
+#include <limits>
+
 #include "containers/onFile.h"
 
 namespace {
@@ -393,6 +395,14 @@ TEST(VecOnFileFaults, HaveNoReasons) {
   EXPECT_EQ(failing("lseek", [&] { x.Attach(10, file.stream(), 4); }), std::pair(34, 0));
   EXPECT_EQ(told([&] { x.Storage().Extract(0, -1, nullptr); }), std::pair(1001, 0));
   EXPECT_EQ(told([&] { x.Attach(1, block); }), std::pair(2871, 0));
+}
+
+TEST(VecOnFileFaults, ANegativeCountHoldsNothing) {
+  ScratchFile file(counted<double>(10));
+  C_PtrOnFile<double, int> values;
+  values.Attach(file.stream(), -5, 0);
+  EXPECT_EQ(codeOf([&] { values.SetVal(std::numeric_limits<int>::max(), 1.0); }), 22);
+  EXPECT_EQ(codeOf([&] { values.SetVal(0, 1.0); }), 22);
 }
 
 TEST(VecOnFileFaults, AFileAtItsLimitThrows22AndKeepsWhatWasThere) {

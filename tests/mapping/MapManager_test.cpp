@@ -403,11 +403,14 @@ TEST_F(MapManager, AViewThatCannotBeUnmappedIsReportedAsAnErrorAndStays) {
   map(0, 0, 10);
   const Words mapped = wordsOf(view);
 
-  const support::Captured told = support::capture([this] {
+  int reason = 0;
+  const support::Captured told = support::capture([&] {
     const FailingCall failing(1, "munmap", EINVAL);
     view.UnMap();
+    reason = errno;
   });
 
+  EXPECT_EQ(reason, EINVAL);
   EXPECT_NE(told.err.find("message ID=14"), std::string::npos) << told.err;
   EXPECT_EQ(told.err.find("Warning"), std::string::npos) << told.err;
   EXPECT_EQ(wordsOf(view), mapped);

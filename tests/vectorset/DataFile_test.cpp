@@ -272,6 +272,21 @@ TEST_F(DataFile, WithoutAPlaceForTemporaryFilesHasNoName) {
   EXPECT_FALSE(set.isValid());
 }
 
+TEST_F(DataFile, OfAPrefixThatIsNoTextHasNoName) {
+  Set set;
+  const Told told = toldBy([&] { set.Allocate(2, 3, 4, "abc\xff"); });
+  EXPECT_EQ(told, (Told{4, 0}));
+  EXPECT_FALSE(set.isValid());
+}
+
+TEST_F(DataFile, WhoseOpeningWasInterruptedIsMade) {
+  Set set;
+  const support::FailingCall failing(1, "open", EINTR);
+  set.Allocate(2, 3, 4, nullptr);
+  EXPECT_TRUE(support::FailingCall::happened());
+  EXPECT_TRUE(set.isValid());
+}
+
 TEST_F(DataFile, WhoseNameIsTooLongIsNotMade) {
   Set set;
   Told told;
