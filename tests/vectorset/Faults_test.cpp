@@ -340,7 +340,7 @@ TEST(VectorSetFrames, NameTheStepsOfASetOnAFile) {
   Set set;
   EXPECT_EQ(framesOf([&] { set.Allocate(2, 2, 3, nullptr); }),
             (Names{"Allocate", "_Initialize", "_DeallocateList", "_AllocateList", "_CreateDataFile",
-                   "_setDataFileSize"}));
+                   "_ComputeDataFileSize", "_setDataFileSize"}));
   EXPECT_EQ(framesOf([&] { set.MapAllBlocks(); }), Names{"MapBlock"});
   EXPECT_EQ(
       framesOf([&] { set.Resize(1, nullptr); }),
