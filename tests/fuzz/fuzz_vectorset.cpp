@@ -148,8 +148,7 @@ void choose(std::uint8_t scalar, FILE* file, const Choice& choice) {
 
 /**
  * Bits 3 and 4: in core, mapped, file-resident, or restored by name; bit 5: the raw encoding; bits
- * 6 and 7: the counts that the caller gives. Mapped values stay at their alignment: gaps are
- * multiples of it, and a head has two counts or none.
+ * 6 and 7: the counts that the caller gives.
  */
 Choice choiceOf(std::uint8_t how, std::uint8_t gap, std::uint8_t counts) {
   const int storage = (how >> 3) & 3;
@@ -158,11 +157,9 @@ Choice choiceOf(std::uint8_t how, std::uint8_t gap, std::uint8_t counts) {
   choice.mapFile = storage == 1;
   choice.byName = storage == 3;
   choice.portable = (how & 32) == 0;
-  choice.gap = 16 * static_cast<__int64>(gap);
+  choice.gap = gap;
   choice.vectors = (how & 64) != 0 ? counts & 15 : 0;
   choice.length = (how & 128) != 0 ? counts >> 4 : 0;
-  const bool mapped = choice.coreMode == 2 && (choice.mapFile || choice.byName || !choice.portable);
-  if (mapped && (choice.vectors == 0) != (choice.length == 0)) choice.vectors = choice.length = 0;
   return choice;
 }
 
