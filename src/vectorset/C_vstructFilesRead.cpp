@@ -229,12 +229,11 @@ int C_VSTRUCT<T>::Read(wchar_t const* name, __int64 offset, int CoreMode, bool M
   if (stream == nullptr) fail(FileNotOpened, reasonInErrno);
   const SetSource source = sourceOf(stream.get(), true);
   if (CBF_lseek64(source.fd, offset, SEEK_SET) < 0) fail(CannotSeek, reasonInErrno);
-  const std::wstring own = nameOf(name);
   VectorSetFiles<T>::read(*this, source, {CoreMode, MapFile, NbVec, DimVec, gap}, CoreMode == 1,
-                          withMemory([&] { return own; }));
+                          nameOf(name));
   if (coreMode_ == 1) {
     valid_ = false; // until nothing is left that can fail
-    withMemory([&] { bindFile(own); });
+    withMemory([&] { bindFile(nameOf(name)); });
     valid_ = true;
     return 0; // nothing more is read from the file
   }

@@ -27,11 +27,16 @@
 
 #include "memory/allocator.h"
 #include "support/FrameProbe.h"
+#include "support/Scalars.h"
 
+using support::conjugate;
+using support::epsilon;
 using support::FrameProbe;
-
-template <class First, class... Rest>
-using TypesAfter = ::testing::Types<Rest...>;
+using support::isComplex;
+using support::scalar;
+using support::scalarName;
+using support::TypesAfter;
+using support::wide;
 
 /** A scalar with an index, as the typed tests take them from the scalar lists. */
 template <class Scalar, class Index>
@@ -50,20 +55,6 @@ public:
   }
 
 private:
-  template <class T>
-  static std::string scalarName() {
-    if constexpr (std::is_same_v<T, __int64>)
-      return "hyper";
-    else if constexpr (std::is_integral_v<T>)
-      return sizeof(T) == 1 ? "char" : sizeof(T) == 2 ? "short" : "int";
-    else
-      return std::string(isComplexScalar<T>() ? "complex_" : "") +
-             (sizeof(T) == (isComplexScalar<T>() ? 2 : 1) * sizeof(float) ? "float" : "double");
-  }
-  template <class T>
-  static constexpr bool isComplexScalar() {
-    return !std::is_arithmetic_v<T>;
-  }
   template <class T>
   struct Name {
     static std::string text() { return scalarName<T>(); }
@@ -86,49 +77,7 @@ using VecOf = C_VecPi<T, int, C_PtrInCore<T, int>>;
 using Pivots = VecOf<int>;
 
 template <class T>
-struct IsComplexScalar : std::false_type {};
-template <class R>
-struct IsComplexScalar<std::complex<R>> : std::true_type {};
-template <class T>
-constexpr bool isComplex = IsComplexScalar<T>::value;
-template <class T>
 constexpr bool isReal = std::is_floating_point_v<T>;
-
-/** A scalar; its imaginary part counts for complex ones only. */
-template <class T>
-T scalar(double re, double im = 0) {
-  if constexpr (isComplex<T>)
-    return T(static_cast<typename T::value_type>(re), static_cast<typename T::value_type>(im));
-  else
-    return static_cast<T>(re);
-}
-
-template <class T>
-T conjugate(T value) {
-  if constexpr (isComplex<T>)
-    return std::conj(value);
-  else
-    return value;
-}
-
-template <class T>
-std::complex<double> wide(T value) {
-  return static_cast<std::complex<double>>(value);
-}
-inline std::complex<double> wide(__int64 value) {
-  return static_cast<double>(value);
-}
-
-/** Rounding of a scalar; 0 for integers. */
-template <class T>
-double epsilon() {
-  if constexpr (std::is_same_v<T, float> || std::is_same_v<T, std::complex<float>>)
-    return std::numeric_limits<float>::epsilon();
-  else if constexpr (std::is_integral_v<T>)
-    return 0;
-  else
-    return std::numeric_limits<double>::epsilon();
-}
 
 /** Expects a result within `units` roundings of a sum of terms as large as `scale`. */
 template <class T>

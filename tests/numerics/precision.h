@@ -13,23 +13,16 @@
 
 #include <zarel/itf.h>
 
+#include "support/Scalars.h"
+
 namespace precision {
 
 using ComplexFloat = std::complex<float>;
 using ComplexDouble = std::complex<double>;
 
-template <class T>
-struct RealOf {
-  using type = T;
-};
-template <class R>
-struct RealOf<std::complex<R>> {
-  using type = R;
-};
-template <class T>
-using Real = typename RealOf<T>::type;
-template <class T>
-constexpr bool isComplex = !std::is_same_v<T, Real<T>>;
+using support::conjugate;
+using support::isComplex;
+using support::Real;
 
 /** The one of four functions that is for T. */
 template <class T, class S, class D, class C, class Z>
@@ -57,24 +50,13 @@ auto input(T& number) {
 /** re + im i in the complex types, re in the real ones: hand cases give both. */
 template <class T>
 T number(double re, double im = 0) {
-  if constexpr (isComplex<T>)
-    return T(static_cast<Real<T>>(re), static_cast<Real<T>>(im));
-  else
-    return static_cast<T>(re);
-}
-
-template <class T>
-T conjugate(T x) {
-  if constexpr (isComplex<T>)
-    return std::conj(x);
-  else
-    return x;
+  return support::scalar<T>(re, im);
 }
 
 /** Rounding errors allowed to a handful of operations on numbers of size `scale`. */
 template <class T>
 double tolerance(double scale = 1) {
-  return 32 * scale * static_cast<double>(std::numeric_limits<Real<T>>::epsilon());
+  return 32 * scale * support::epsilon<T>();
 }
 
 template <class T>

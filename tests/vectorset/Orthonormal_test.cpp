@@ -51,7 +51,7 @@ template <class P>
 class Orthonormal : public ::testing::Test {
 protected:
   using Scalar = typename P::T;
-  static double bound(int length) { return 64 * rounding<Scalar>() * std::sqrt(length); }
+  static double bound(int length) { return 64 * support::epsilon<Scalar>() * std::sqrt(length); }
 };
 TYPED_TEST_SUITE(Orthonormal, FloatCases, CaseNames);
 
@@ -291,7 +291,7 @@ TYPED_TEST(Orthonormal, DependenceByInnerProductIsToldWithItsRatio) {
   double ratio = -1;
   Vec<T> x = vecOf(input[0]);
   set->SetVector(x, 0, 1e-3, coef, &ratio, &ip);
-  EXPECT_LE(std::abs(ratio - 1), 16 * rounding<T>());
+  EXPECT_LE(std::abs(ratio - 1), 16 * support::epsilon<T>());
   x = vecOf(input[0]);
 
   EXPECT_EQ(codeOf([&] { set->SetVector(x, 1, 1e-3, coef, &ratio, &ip); }), 2866);
@@ -322,10 +322,10 @@ TYPED_TEST(Orthonormal, FirstVectorByInnerProductIsScaled) {
   EXPECT_EQ(set->SetVector(x, 0, 0, coef, nullptr, &ip), 0);
 
   ASSERT_EQ(coef.Dim(), 1);
-  EXPECT_LE(std::abs(wide(coef[0]) - 5.0), 16 * rounding<T>());
+  EXPECT_LE(std::abs(wide(coef[0]) - 5.0), 16 * support::epsilon<T>());
   const auto stored = contentOf(*set)[0];
-  EXPECT_LE(std::abs(wide(stored[0]) - 0.6), 4 * rounding<T>());
-  EXPECT_LE(std::abs(wide(stored[1]) - 0.8), 4 * rounding<T>());
+  EXPECT_LE(std::abs(wide(stored[0]) - 0.6), 4 * support::epsilon<T>());
+  EXPECT_LE(std::abs(wide(stored[1]) - 0.8), 4 * support::epsilon<T>());
 }
 
 /** Weighs row i by i + 1. */

@@ -17,6 +17,7 @@
 #include <zarel/C_vstruct.h>
 
 #include "support/Files.h"
+#include "support/Scalars.h"
 
 namespace vectorset {
 
@@ -28,8 +29,10 @@ struct Case {
   static constexpr Storage storage = where;
 };
 
-template <class First, class... Rest>
-using TypesAfter = ::testing::Types<Rest...>;
+using support::isComplex;
+using support::scalar;
+using support::TypesAfter;
+using support::wide;
 
 // clang-format off
 #define ZAREL_THREE_CASES(T)                                                                       \
@@ -38,8 +41,6 @@ using TypesAfter = ::testing::Types<Rest...>;
 using AllCases = TypesAfter<void ZAREL_MATRIX_SCALARS(ZAREL_THREE_CASES)>;
 using FloatCases = TypesAfter<void ZAREL_BLAS_SCALARS(ZAREL_THREE_CASES)>;
 
-template <class T>
-constexpr bool isComplex = !std::is_arithmetic_v<T>;
 template <class T>
 using Vec = C_VecPi<T, int, C_PtrInCore<T, int>>;
 using Counts = Vec<int>;
@@ -50,38 +51,12 @@ public:
   template <class P>
   static std::string GetName(int) {
     using T = typename P::T;
-    const std::string width = std::is_integral_v<T>
-                                  ? (sizeof(T) == 2 ? "short" : "int")
-                                  : (sizeof(T) == (isComplex<T> ? 8 : 4) ? "float" : "double");
     const std::string where = P::storage == Storage::InCore   ? "in_core"
                               : P::storage == Storage::Mapped ? "mapped"
                                                               : "file_resident";
-    return (isComplex<T> ? "complex_" : "") + width + "_" + where;
+    return support::scalarName<T>() + "_" + where;
   }
 };
-
-template <class T>
-T scalar(double re, double im = 0) {
-  if constexpr (isComplex<T>)
-    return T(static_cast<typename T::value_type>(re), static_cast<typename T::value_type>(im));
-  else
-    return static_cast<T>(re);
-}
-
-template <class T>
-Wide wide(T value) {
-  return static_cast<Wide>(value);
-}
-
-template <class T>
-double rounding() {
-  if constexpr (std::is_integral_v<T>)
-    return 0;
-  else if constexpr (isComplex<T>)
-    return std::numeric_limits<typename T::value_type>::epsilon();
-  else
-    return std::numeric_limits<T>::epsilon();
-}
 
 /** Deterministic values: small whole numbers for integers, between -1 and 1 for others. */
 class Noise {
@@ -265,7 +240,7 @@ Wide dot(const std::vector<T>& a, const std::vector<T>& b) {
 /** Rounding of a sum of `terms` products of numbers no larger than 1, generously. */
 template <class T>
 double roundingOf(int terms) {
-  return 8 * rounding<T>() * (terms + 1);
+  return 8 * support::epsilon<T>() * (terms + 1);
 }
 
 } // namespace vectorset
