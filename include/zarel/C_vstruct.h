@@ -17,6 +17,8 @@
 
 struct BVEC;
 
+class C_MapPtr;
+
 namespace Zarel {
 
 /**
@@ -467,6 +469,7 @@ private:
   void mapRange(unsigned int first, unsigned int last);
   void attachRange(_Cblock const& block);
   bool aligned() const;
+  std::vector<T> roomForCopies(C_MapPtr& view, unsigned int vectors);
   std::size_t valuesOf(unsigned int vectors) const;
   template <class Visit>
   void forEachCopy(Visit visit);

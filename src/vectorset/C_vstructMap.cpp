@@ -53,16 +53,14 @@ void C_VSTRUCT<T>::mapRange(unsigned int first, unsigned int last) {
     blocks_.reserve(1);
     return std::make_unique<_Cblock>();
   });
-  std::vector<T> copies;
-  if (!aligned()) withMemory([&] { copies.resize(valuesOf(last - first + 1)); });
   const wchar_t* const name = boundName_.empty() ? nullptr : boundName_.c_str();
   withMemory([&] {
     getGlobalMapManager()->MapPtr(view.get(), fileDescriptor_, name, 2,
                                   initialOffSet_ + first * stride, (last - first) * stride + data);
   });
+  copies_ = roomForCopies(*view, last - first + 1);
   *block = {view.release(), first, last, ++lastBlockId_};
   blocks_.push_back(block.release());
-  copies_.swap(copies);
   attachRange(*blocks_.back());
   highestMapped_ = std::max(highestMapped_, static_cast<int>(last));
   if (first == 0 && static_cast<int>(last) == this->columns_ - 1) base_ = list_[0]->Adr(0);
@@ -84,6 +82,19 @@ void C_VSTRUCT<T>::attachRange(_Cblock const& block) {
 
 // Vectors that begin at an address which is no multiple of their scalar's alignment cannot be used
 // where they are mapped. They are copied into memory instead, and back before they are unmapped.
+
+/** Memory for the vectors of a view, none if they need no copies. It comes after the view, without
+ * which the file does not hold what its head promises. */
+template <class T>
+std::vector<T> C_VSTRUCT<T>::roomForCopies(C_MapPtr& view, unsigned int vectors) {
+  if (aligned()) return {};
+  try {
+    return withMemory([&] { return std::vector<T>(valuesOf(vectors)); });
+  } catch (const C_ZarelException&) {
+    view.UnMap();
+    throw;
+  }
+}
 
 /** Tells whether every vector of the data file can be used where it is mapped. */
 template <class T>

@@ -48,6 +48,7 @@ void addSets(Corpus& corpus, int scalar) {
       corpus.add(name + "-before", {how, 0, 0}, bytes + std::string(200, '\x5a'));
       corpus.add(name + "-bare", {how + 64 + 128, 0, 3 + 16 * 4}, bytes.substr(8));
       corpus.add(name + "-length", {how + 64, 0, 3}, bytes.substr(4));
+      corpus.add(name + "-promise", {how + 64, 0, 3}, word(0x60ffff00) + bytes.substr(8));
       corpus.add(name + "-npy", {how, 0, 0}, "\x93NUMPY\x01{'descr': '<f8', 'shape': (4, 3), }");
     }
 }
