@@ -23,8 +23,8 @@ constexpr int freeVectors = 65536;
 /** Vectors that it may promise beyond these for each one that the file holds. */
 constexpr int promisesPerVector = 16;
 
-/** What the files are opened with; "e" keeps them out of the programs that a host starts. */
-constexpr wchar_t updateMode[] = L"r+be";
+/** What the files are opened with. */
+constexpr wchar_t updateMode[] = L"r+b";
 constexpr int updateFlags = O_RDWR;
 
 struct CloseStream {

@@ -7,6 +7,7 @@
 
 #include "binary/chunks.h"
 #include "binary/fixture.h"
+#include "support/Scalars.h"
 
 namespace binary_test {
 
@@ -32,20 +33,11 @@ private:
   };
 };
 
-template <class T>
-struct Real {
-  using type = T;
-};
-template <class R>
-struct Real<std::complex<R>> {
-  using type = R;
-};
-
 // The bytes of values in the host's order, and reversed word by word.
 template <class T>
 std::string imageOf(const std::vector<T>& values, bool reversed) {
   std::string image(reinterpret_cast<const char*>(values.data()), values.size() * sizeof(T));
-  constexpr size_t width = sizeof(typename Real<T>::type);
+  constexpr size_t width = sizeof(support::Real<T>);
   for (size_t at = 0; reversed && at < image.size(); at += width)
     std::reverse(image.begin() + at, image.begin() + at + width);
   return image;
@@ -145,8 +137,8 @@ TYPED_TEST(Bfd, ReversedWordsAreStaged) {
 
   EXPECT_EQ(T_BF_write(this->file, values.data(), 300, true), 0);
 
-  const size_t words = 300 * sizeof(TypeParam) / sizeof(typename Real<TypeParam>::type);
-  const size_t width = sizeof(typename Real<TypeParam>::type);
+  const size_t words = 300 * sizeof(TypeParam) / sizeof(support::Real<TypeParam>);
+  const size_t width = sizeof(support::Real<TypeParam>);
   EXPECT_EQ(writes.front(), 256 * width);
   EXPECT_EQ(writes.back(), (words - 256 * (writes.size() - 1)) * width);
   EXPECT_EQ(this->bytes(), imageOf(values, true));
